@@ -1,0 +1,152 @@
+#include "diagnostics/vbwProtector.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+#include "host/RunningObjects.h"
+#include "host/ServiceProxy.h"
+#include "strings/StringUtility.h"
+
+namespace QuillFormatAPA::vbwProtector {
+
+namespace {
+
+struct ThreadState {
+  // The start-up of the thread: the switch decides parameter tracing only.
+  ThreadState() : traceParameters(readTraceSwitch()) {}
+
+  bool traceProc = true;
+  bool traceParameters;
+  ObjectRef errorParams;
+  bool answered = false;
+  AutomationError currentError{0, "", ""};
+};
+
+ThreadState& state() {
+  thread_local ThreadState s;
+  return s;
+}
+
+host::DiagnosticsServiceRef service() { return host::DiagnosticsServiceRef(errorParams()); }
+
+bool settingIsOn() {
+  std::ifstream in(settingsFilePath());
+  if (!in) return false;
+  const auto& str = QuillStrings::strings();
+  std::string line;
+  bool inInit = false;
+  while (std::getline(in, line)) {
+    const std::string t = str.trimmed(line);
+    if (t.empty() || t[0] == ';' || t[0] == '#') continue;
+    if (t.front() == '[' && t.back() == ']') {
+      inInit = str.trimmed(std::string_view(t).substr(1, t.size() - 2)) == "Init";
+      continue;
+    }
+    const auto eq = t.find('=');
+    if (inInit && eq != std::string::npos && str.trimmed(t.substr(0, eq)) == "vbwTrace")
+      return str.trimmed(t.substr(eq + 1)) == "1";
+  }
+  return false;
+}
+
+bool commandLineAsksForTrace() {
+  std::ifstream in("/proc/self/cmdline", std::ios::binary);
+  std::ostringstream all;
+  all << in.rdbuf();
+  std::string line = all.str();
+  for (char& c : line)
+    if (c == '\0') c = ' ';
+  return line.find("/trace") != std::string::npos;
+}
+
+}  // namespace
+
+bool vbwTraceProc() { return state().traceProc; }
+bool vbwTraceParameters() { return state().traceParameters; }
+
+std::string settingsFilePath() {
+  std::string base;
+  if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg && *xdg)
+    base = xdg;
+  else if (const char* home = std::getenv("HOME"); home && *home)
+    base = std::string(home) + "/.config";
+  else
+    base = ".config";
+  return base + "/QuillFormatAPA/settings.ini";
+}
+
+bool readTraceSwitch() { return settingIsOn() || commandLineAsksForTrace(); }
+
+const ObjectRef& errorParams() {
+  ThreadState& s = state();
+  if (!s.errorParams) {
+    ObjectRef bridge = RunningObjects::lookup(kBridgeClass);
+    if (!bridge)
+      throw AutomationError(kCannotCreateObject, std::string(kBridgeClass) + " is not running");
+    s.errorParams = host::BridgeRef(bridge).ErrorParams();
+  }
+  return s.errorParams;
+}
+
+void procIn(std::string_view qualifiedName, std::string& parameterText) {
+  service().vbwProcIn(qualifiedName, parameterText);
+}
+
+void procOut() { service().vbwProcOut(); }
+
+std::string reportParameter(std::string_view name, const Variant& value) noexcept {
+  try {
+    return service().vbwReportParameter(name, value);
+  } catch (...) {
+    return {};
+  }
+}
+
+void beforeDump(std::string_view module, std::string_view procedure, int16_t line, int16_t number,
+                std::string_view description, int16_t lastSystemError) {
+  service().vbwBeforeDump(kProject, module, procedure, line, number, description, lastSystemError);
+}
+
+void openDumpFile() { service().vbwOpenDumpFile(); }
+
+void reportToFile(std::string text) { service().vbwReportToFile(text); }
+
+void reportVariable(std::string_view name, Variant value, int32_t flag) noexcept {
+  try {
+    service().vbwReportVariable(name, value, flag);
+  } catch (...) {
+  }
+}
+
+void reportObject(std::string_view name, const ObjectRef& object) { service().vbwReportObject(name, object); }
+
+void closeDumpFile() { service().vbwCloseDumpFile(); }
+
+int32_t afterDumpAction() noexcept {
+  ThreadState& s = state();
+  if (s.answered) return 5;
+  int32_t action = 0;
+  try {
+    action = service().vbwAfterDump();
+  } catch (...) {
+    action = 0;
+  }
+  if (action != 4) s.answered = true;
+  return action;
+}
+
+void exitThread(bool flag) noexcept {
+  ThreadState& s = state();
+  if (!s.errorParams) return;
+  try {
+    host::DiagnosticsServiceRef(s.errorParams).vbwExitThread(flag);
+  } catch (...) {
+  }
+  s.errorParams = ObjectRef();
+}
+
+void setCurrentError(const AutomationError& error) { state().currentError = error; }
+const AutomationError& currentError() { return state().currentError; }
+
+}  // namespace QuillFormatAPA::vbwProtector

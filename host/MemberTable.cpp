@@ -1,0 +1,167 @@
+#include "MemberTable.h"
+
+#include <array>
+#include <atomic>
+#include <stdexcept>
+
+namespace QuillFormatAPA {
+
+namespace {
+
+std::atomic<uint32_t> nextSerial{1};
+
+std::string lowerAscii(std::string_view s) {
+  std::string out(s);
+  for (char& c : out)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return out;
+}
+
+bool equalsNoCase(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    char x = a[i], y = b[i];
+    if (x >= 'A' && x <= 'Z') x = static_cast<char>(x - 'A' + 'a');
+    if (y >= 'A' && y <= 'Z') y = static_cast<char>(y - 'A' + 'a');
+    if (x != y) return false;
+  }
+  return true;
+}
+
+// The most parameters a member of this library or its hosts declares, with room.
+constexpr size_t kMaxParams = 16;
+
+}  // namespace
+
+std::string TypeDesc::name() const {
+  if (none) return "void";
+  std::string base = type == VarType::Empty ? "Variant" : std::string(typeName(type));
+  return isArray ? base + "()" : base;
+}
+
+namespace detail {
+void checkArity(std::string_view member, size_t declared, size_t expected) {
+  if (declared != expected)
+    throw std::logic_error("member " + std::string(member) + " declares " + std::to_string(declared) +
+                           " parameters for a C++ signature of " + std::to_string(expected));
+}
+}  // namespace detail
+
+MemberTable::MemberTable(std::string className, std::vector<MemberInfo> members)
+    : className_(std::move(className)), members_(std::move(members)), serial_(nextSerial++) {
+  for (size_t i = 0; i < members_.size(); ++i) {
+    if (members_[i].params.size() + 1 > kMaxParams)
+      throw std::logic_error("too many parameters: " + members_[i].name);
+    byName_.emplace(lowerAscii(members_[i].name), static_cast<DispId>(i));
+  }
+}
+
+DispId MemberTable::idOfName(std::string_view name) const noexcept {
+  auto it = byName_.find(lowerAscii(name));
+  return it == byName_.end() ? kUnknownDispId : it->second;
+}
+
+namespace {
+
+struct BindFailure {
+  AutomationError error;
+};
+
+[[noreturn]] void fail(int32_t number, std::string what) {
+  throw BindFailure{AutomationError(number, std::move(what))};
+}
+
+// Puts each argument of `args` into the slot of its formal parameter.
+// `formal` lists the parameters; for a property write the value comes last.
+class Binder {
+ public:
+  Binder(std::span<const ParamInfo> formal, bool withValue, Args& args)
+      : formal_(formal), withValue_(withValue), args_(args) {}
+
+  // Raises BindFailure; the caller adds which member it was.
+  Variant* const* bind() {
+    std::span<Variant> positional = args_.positional();
+    if (withValue_) {
+      if (positional.empty()) fail(kArgumentNotOptional, "value");
+      slots_[formal_.size()] = &positional.back();
+      positional = positional.first(positional.size() - 1);
+    }
+    const bool hasParamArray = !formal_.empty() && formal_.back().paramArray;
+    const size_t fixed = hasParamArray ? formal_.size() - 1 : formal_.size();
+    if (positional.size() > fixed && !hasParamArray)
+      fail(kWrongNumberOfArguments,
+           std::to_string(positional.size()) + " arguments for " + std::to_string(fixed));
+    const size_t nPositional = std::min(positional.size(), fixed);
+    for (size_t i = 0; i < nPositional; ++i) slots_[i] = &positional[i];
+    if (hasParamArray) {
+      std::vector<Variant> rest;
+      for (size_t i = fixed; i < positional.size(); ++i) rest.push_back(positional[i].deref());
+      extras_[fixed] = Array::list(rest);
+      slots_[fixed] = &extras_[fixed];
+    }
+    for (NamedArg& named : args_.named()) {
+      const size_t i = indexOf(named.name);
+      if (i == formal_.size())
+        fail(kNamedArgumentNotFound, std::string(named.name));
+      if (slots_[i]) fail(kWrongNumberOfArguments, std::string(named.name) + " given twice");
+      slots_[i] = &named.value;
+    }
+    for (size_t i = 0; i < formal_.size(); ++i) {
+      if (slots_[i] && !slots_[i]->isMissing()) continue;
+      if (!formal_[i].optional)
+        fail(kArgumentNotOptional, "argument '" + formal_[i].name + "'");
+      extras_[i] = formal_[i].defaultValue;
+      slots_[i] = &extras_[i];
+    }
+    return slots_.data();
+  }
+
+ private:
+  size_t indexOf(std::string_view name) const {
+    for (size_t i = 0; i < formal_.size(); ++i)
+      if (equalsNoCase(formal_[i].name, name)) return i;
+    return formal_.size();
+  }
+
+  std::span<const ParamInfo> formal_;
+  bool withValue_;
+  Args& args_;
+  std::array<Variant*, kMaxParams> slots_{};
+  std::array<Variant, kMaxParams> extras_;
+};
+
+}  // namespace
+
+Status MemberTable::invoke(Object& self, DispId id, CallKind kind, Args& args,
+                           Variant& result) const noexcept {
+  if (id < 0 || static_cast<size_t>(id) >= members_.size())
+    return AutomationError(kUnknownMember, className_);
+  const MemberInfo& m = members_[static_cast<size_t>(id)];
+  const bool write = kind == CallKind::PropertyPut;
+  auto where = [&] { return className_ + "." + m.name; };
+  try {
+    detail::Thunk fn = write ? m.put : m.get;
+    if (!fn) fail(kWrongNumberOfArguments, "cannot be assigned");
+    Binder binder(m.params, write, args);
+    fn(self, binder.bind(), result);
+    return {};
+  } catch (const BindFailure& e) {
+    return AutomationError(e.error.number(), e.error.description(), where() + ": " + e.error.source());
+  } catch (const detail::BindError& e) {
+    const std::string name =
+        e.index < m.params.size() ? m.params[e.index].name : std::string("value");
+    return AutomationError(e.error.number(), e.error.description(),
+                           where() + ": argument '" + name + "'" +
+                               (e.error.source().empty() ? "" : ": " + e.error.source()));
+  } catch (const AutomationError& e) {
+    return e;
+  } catch (const std::bad_alloc&) {
+    return AutomationError(kOutOfMemory, where());
+  } catch (const std::exception& e) {
+    return AutomationError(kInternalError, where() + ": " + e.what());
+  } catch (...) {
+    return AutomationError(kInternalError, where());
+  }
+}
+
+}  // namespace QuillFormatAPA

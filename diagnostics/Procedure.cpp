@@ -1,6 +1,5 @@
 #include "diagnostics/Procedure.h"
 
-#include <algorithm>
 #include <limits>
 #include <new>
 
@@ -44,37 +43,9 @@ AutomationError asAutomationError(std::exception_ptr error) {
   }
 }
 
-// "QuillFormatAPA.Module.procedure", composed without touching the heap for
-// names of ordinary length.
-class QualifiedName {
- public:
-  QualifiedName(std::string_view module, std::string_view procedure) {
-    const size_t n = vbwProtector::kProject.size() + module.size() + procedure.size() + 2;
-    char* out = n <= sizeof buffer_ ? buffer_ : (heap_.resize(n), heap_.data());
-    char* p = out;
-    for (std::string_view part : {vbwProtector::kProject, std::string_view("."), module,
-                                  std::string_view("."), procedure})
-      p = std::copy(part.begin(), part.end(), p);
-    view_ = std::string_view(out, n);
-  }
-  std::string_view view() const { return view_; }
-
- private:
-  char buffer_[160];
-  std::string heap_;
-  std::string_view view_;
-};
-
 }  // namespace
 
 Variant toVariant(const std::vector<std::string>& list) { return stringArray(list); }
-
-void Procedure::addLocal(VarRef ref) {
-  if (localCount_ < locals_.size())
-    locals_[localCount_++] = ref;
-  else
-    moreLocals_.push_back(ref);
-}
 
 std::string Procedure::parameterText() const {
   if (params_.empty()) return "()";
@@ -87,16 +58,24 @@ std::string Procedure::parameterText() const {
   return text;
 }
 
+std::string qualifiedName(const Module& module, std::string_view procedure) {
+  std::string out(vbwProtector::kProject);
+  out += '.';
+  out += module.moduleName();
+  out += '.';
+  out += procedure;
+  return out;
+}
+
 void Procedure::enter() {
-  if (!vbwProtector::vbwTraceProc()) return;
+  if (!state_.vbwTraceProc) return;
   std::string text;
-  if (vbwProtector::vbwTraceParameters()) text = parameterText();
-  const QualifiedName qualified(module_.moduleName(), name_);
-  vbwProtector::procIn(qualified.view(), text);
+  if (state_.vbwTraceParameters) text = parameterText();
+  vbwProtector::procIn(state_, qualifiedName_, text);
 }
 
 void Procedure::exit() const {
-  if (vbwProtector::vbwTraceProc()) vbwProtector::procOut();
+  if (state_.vbwTraceProc) vbwProtector::procOut(state_);
 }
 
 void Procedure::leave() const { exit(); }
@@ -132,8 +111,8 @@ void Procedure::dump() const {
   module_.reportVariables(VariableReport{});
 
   vbwProtector::reportToFile(std::string(kGlobalBanner));
-  vbwProtector::reportVariable("vbwProtector.vbwTraceProc", vbwProtector::vbwTraceProc());
-  vbwProtector::reportVariable("vbwProtector.vbwTraceParameters", vbwProtector::vbwTraceParameters());
+  vbwProtector::reportVariable("vbwProtector.vbwTraceProc", state_.vbwTraceProc);
+  vbwProtector::reportVariable("vbwProtector.vbwTraceParameters", state_.vbwTraceParameters);
   // A library has no open forms; then the runtime's own objects, in order.
   vbwProtector::reportObject("App", runtime::appObject());
   vbwProtector::reportObject("Err", runtime::errObject());

@@ -104,8 +104,13 @@ struct LeaveProcedure {};
 // next one, or leaves the procedure, as the diagnostics service answers.
 class Procedure {
  public:
-  Procedure(const Module& module, std::string_view name, std::span<const VarRef> params) noexcept
-      : module_(module), name_(name), params_(params) {}
+  Procedure(const Module& module, std::string_view name, std::string_view qualifiedName,
+            std::span<const VarRef> params) noexcept
+      : state_(vbwProtector::threadState()),
+        module_(module),
+        name_(name),
+        qualifiedName_(qualifiedName),
+        params_(params) {}
   Procedure(const Procedure&) = delete;
   Procedure& operator=(const Procedure&) = delete;
 
@@ -143,7 +148,12 @@ class Procedure {
   void leave() const;
 
  private:
-  void addLocal(VarRef ref);
+  void addLocal(VarRef ref) {
+    if (localCount_ < locals_.size())
+      locals_[localCount_++] = ref;
+    else
+      moreLocals_.push_back(ref);
+  }
   std::string parameterText() const;
   // Dumps the error and asks the service. Answers true to retry, false to go
   // on; throws LeaveProcedure to leave. A failure of the tail itself (a line
@@ -151,13 +161,18 @@ class Procedure {
   bool errorTail(std::exception_ptr error, uint32_t line);
   void dump() const;
 
+  vbwProtector::ThreadState& state_;
   const Module& module_;
   std::string_view name_;
+  std::string_view qualifiedName_;
   std::span<const VarRef> params_;
-  std::array<VarRef, 12> locals_{};
+  std::array<VarRef, 12> locals_;  // the first localCount_ are set
   size_t localCount_ = 0;
   std::vector<VarRef> moreLocals_;
 };
+
+// "QuillFormatAPA.Module.procedure"
+std::string qualifiedName(const Module& module, std::string_view procedure);
 
 // Runs `body(Procedure&)` as the procedure `module.name`: traced in and out,
 // with the error tail on every statement. A procedure left through the tail
@@ -166,7 +181,9 @@ template <class Body>
 auto traced(const Module& module, std::string_view name, std::span<const VarRef> parameters,
             Body&& body, std::source_location where = std::source_location::current()) {
   using R = std::invoke_result_t<Body&, Procedure&>;
-  Procedure proc(module, name, parameters);
+  // Each call site has its own Body type, so this composes the name once.
+  static const std::string qualified = qualifiedName(module, name);
+  Procedure proc(module, name, qualified, parameters);
   [[maybe_unused]] std::conditional_t<std::is_void_v<R>, int, R> result{};
   try {
     proc.step([&] { proc.enter(); }, where);

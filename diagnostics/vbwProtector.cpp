@@ -12,22 +12,6 @@ namespace QuillFormatAPA::vbwProtector {
 
 namespace {
 
-struct ThreadState {
-  // The start-up of the thread: the switch decides parameter tracing only.
-  ThreadState() : traceParameters(readTraceSwitch()) {}
-
-  bool traceProc = true;
-  bool traceParameters;
-  ObjectRef errorParams;
-  bool answered = false;
-  AutomationError currentError{0, "", ""};
-};
-
-ThreadState& state() {
-  thread_local ThreadState s;
-  return s;
-}
-
 host::DiagnosticsServiceRef service() { return host::DiagnosticsServiceRef(errorParams()); }
 
 bool settingIsOn() {
@@ -62,8 +46,16 @@ bool commandLineAsksForTrace() {
 
 }  // namespace
 
-bool vbwTraceProc() { return state().traceProc; }
-bool vbwTraceParameters() { return state().traceParameters; }
+// The start-up of a thread: the switch decides parameter tracing only.
+ThreadState::ThreadState() : vbwTraceParameters(readTraceSwitch()) {}
+
+ThreadState& threadState() {
+  thread_local ThreadState s;
+  return s;
+}
+
+bool vbwTraceProc() { return threadState().vbwTraceProc; }
+bool vbwTraceParameters() { return threadState().vbwTraceParameters; }
 
 std::string settingsFilePath() {
   std::string base;
@@ -78,22 +70,21 @@ std::string settingsFilePath() {
 
 bool readTraceSwitch() { return settingIsOn() || commandLineAsksForTrace(); }
 
-const ObjectRef& errorParams() {
-  ThreadState& s = state();
-  if (!s.errorParams) {
+const ObjectRef& errorParams(ThreadState& s) {
+  if (!s.mErrorParams) {
     ObjectRef bridge = RunningObjects::lookup(kBridgeClass);
     if (!bridge)
       throw AutomationError(kCannotCreateObject, std::string(kBridgeClass) + " is not running");
-    s.errorParams = host::BridgeRef(bridge).ErrorParams();
+    s.mErrorParams = host::BridgeRef(bridge).ErrorParams();
   }
-  return s.errorParams;
+  return s.mErrorParams;
 }
 
-void procIn(std::string_view qualifiedName, std::string& parameterText) {
-  service().vbwProcIn(qualifiedName, parameterText);
+void procIn(ThreadState& state, std::string_view qualifiedName, std::string& parameterText) {
+  host::DiagnosticsServiceRef(errorParams(state)).vbwProcIn(qualifiedName, parameterText);
 }
 
-void procOut() { service().vbwProcOut(); }
+void procOut(ThreadState& state) { host::DiagnosticsServiceRef(errorParams(state)).vbwProcOut(); }
 
 std::string reportParameter(std::string_view name, const Variant& value) noexcept {
   try {
@@ -124,7 +115,7 @@ void reportObject(std::string_view name, const ObjectRef& object) { service().vb
 void closeDumpFile() { service().vbwCloseDumpFile(); }
 
 int32_t afterDumpAction() noexcept {
-  ThreadState& s = state();
+  ThreadState& s = threadState();
   if (s.answered) return 5;
   int32_t action = 0;
   try {
@@ -137,16 +128,16 @@ int32_t afterDumpAction() noexcept {
 }
 
 void exitThread(bool flag) noexcept {
-  ThreadState& s = state();
-  if (!s.errorParams) return;
+  ThreadState& s = threadState();
+  if (!s.mErrorParams) return;
   try {
-    host::DiagnosticsServiceRef(s.errorParams).vbwExitThread(flag);
+    host::DiagnosticsServiceRef(s.mErrorParams).vbwExitThread(flag);
   } catch (...) {
   }
-  s.errorParams = ObjectRef();
+  s.mErrorParams = ObjectRef();
 }
 
-void setCurrentError(const AutomationError& error) { state().currentError = error; }
-const AutomationError& currentError() { return state().currentError; }
+void setCurrentError(const AutomationError& error) { threadState().currentError = error; }
+const AutomationError& currentError() { return threadState().currentError; }
 
 }  // namespace QuillFormatAPA::vbwProtector

@@ -20,9 +20,18 @@ inline constexpr std::string_view kProject = "QuillFormatAPA";
 // The class name under which the host registers its bridge.
 inline constexpr std::string_view kBridgeClass = "QuillPaperDot.BridgeToVB";
 
-// Entry and exit are always traced.
+// The state of the calling thread; the first use on a thread runs its start-up.
+struct ThreadState {
+  ThreadState();
+  bool vbwTraceProc = true;        // entry and exit are always traced
+  bool vbwTraceParameters = false;  // parameter texts only with the trace switch on
+  ObjectRef mErrorParams;           // the service, once looked up
+  bool answered = false;            // an error was answered other than with retry
+  AutomationError currentError{0, "", ""};
+};
+ThreadState& threadState();
+
 bool vbwTraceProc();
-// Parameter texts are built only when the trace switch is on.
 bool vbwTraceParameters();
 
 // The trace switch: the per-user setting Init/vbwTrace equal to "1", or
@@ -33,11 +42,11 @@ std::string settingsFilePath();
 
 // The diagnostics service, looked up through the bridge on first use and
 // cached until the thread-exit notice. Raises when the bridge is not running.
-const ObjectRef& errorParams();
+const ObjectRef& errorParams(ThreadState& state = threadState());
 
 // Forwarders. Those whose failure the contract ignores never raise.
-void procIn(std::string_view qualifiedName, std::string& parameterText);
-void procOut();
+void procIn(ThreadState& state, std::string_view qualifiedName, std::string& parameterText);
+void procOut(ThreadState& state);
 std::string reportParameter(std::string_view name, const Variant& value) noexcept;
 void beforeDump(std::string_view module, std::string_view procedure, int16_t line, int16_t number,
                 std::string_view description, int16_t lastSystemError);

@@ -65,7 +65,9 @@ Variant pass(const Ref<T>& o) {
 
 template <class T>
 void takeBack(const Variant& v, T& target) {
-  if constexpr (std::is_same_v<T, std::string>) target = v.toString();
+  if constexpr (std::is_same_v<T, std::string>) {
+    if (!v.lends(target)) target = v.toString();  // unless the callee left it untouched
+  }
   else if constexpr (std::is_same_v<T, bool>) target = v.toBool();
   else if constexpr (std::is_same_v<T, int16_t>) target = v.toInteger();
   else if constexpr (std::is_same_v<T, int32_t>) target = v.toLong();
@@ -168,5 +170,15 @@ class QFA_API CallSite {
 
 // Invokes `name` on `object` once, without caching; raises AutomationError.
 QFA_API Variant invokeByName(Object* object, std::string_view name, CallKind kind, Args& args);
+
+// A method call or property read by a name known only at run time.
+template <class... A>
+Variant callByName(const ObjectRef& object, std::string_view name, A&&... a) {
+  detail::CallArgs<std::remove_reference_t<A>...> store(a...);
+  Args args = store.args();
+  Variant result = invokeByName(object.get(), name, CallKind::Method | CallKind::PropertyGet, args);
+  store.writeBack();
+  return result;
+}
 
 }  // namespace QuillFormatAPA

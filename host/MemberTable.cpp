@@ -1,6 +1,8 @@
 #include "MemberTable.h"
 
+#include <algorithm>
 #include <array>
+#include <new>
 #include <atomic>
 #include <stdexcept>
 
@@ -50,6 +52,8 @@ void checkArity(std::string_view member, size_t declared, size_t expected) {
 MemberTable::MemberTable(std::string className, std::vector<MemberInfo> members)
     : className_(std::move(className)), members_(std::move(members)), serial_(nextSerial++) {
   for (size_t i = 0; i < members_.size(); ++i) {
+    MemberInfo& m = members_[i];
+    m.simple = std::none_of(m.params.begin(), m.params.end(), [](const ParamInfo& p) { return p.paramArray; });
     if (members_[i].params.size() + 1 > kMaxParams)
       throw std::logic_error("too many parameters: " + members_[i].name);
     byName_.emplace(lowerAscii(members_[i].name), static_cast<DispId>(i));
@@ -71,6 +75,23 @@ struct BindFailure {
   throw BindFailure{AutomationError(number, std::move(what))};
 }
 
+// Values the binder supplies itself (defaults, a gathered parameter array),
+// constructed only when needed: most calls need none.
+class ExtraValues {
+ public:
+  ExtraValues() noexcept {}
+  ExtraValues(const ExtraValues&) = delete;
+  ExtraValues& operator=(const ExtraValues&) = delete;
+  ~ExtraValues() {
+    for (size_t i = 0; i < count_; ++i) std::launder(reinterpret_cast<Variant*>(storage_[i]))->~Variant();
+  }
+  Variant* add(Variant v) { return new (storage_[count_++]) Variant(std::move(v)); }
+
+ private:
+  alignas(Variant) unsigned char storage_[kMaxParams][sizeof(Variant)];
+  size_t count_ = 0;
+};
+
 // Puts each argument of `args` into the slot of its formal parameter.
 // `formal` lists the parameters; for a property write the value comes last.
 class Binder {
@@ -86,6 +107,7 @@ class Binder {
       slots_[formal_.size()] = &positional.back();
       positional = positional.first(positional.size() - 1);
     }
+    std::fill_n(slots_, formal_.size(), nullptr);
     const bool hasParamArray = !formal_.empty() && formal_.back().paramArray;
     const size_t fixed = hasParamArray ? formal_.size() - 1 : formal_.size();
     if (positional.size() > fixed && !hasParamArray)
@@ -96,8 +118,7 @@ class Binder {
     if (hasParamArray) {
       std::vector<Variant> rest;
       for (size_t i = fixed; i < positional.size(); ++i) rest.push_back(positional[i].deref());
-      extras_[fixed] = Array::list(rest);
-      slots_[fixed] = &extras_[fixed];
+      slots_[fixed] = extras_.add(Array::list(rest));
     }
     for (NamedArg& named : args_.named()) {
       const size_t i = indexOf(named.name);
@@ -110,10 +131,9 @@ class Binder {
       if (slots_[i] && !slots_[i]->isMissing()) continue;
       if (!formal_[i].optional)
         fail(kArgumentNotOptional, "argument '" + formal_[i].name + "'");
-      extras_[i] = formal_[i].defaultValue;
-      slots_[i] = &extras_[i];
+      slots_[i] = extras_.add(formal_[i].defaultValue);
     }
-    return slots_.data();
+    return slots_;
   }
 
  private:
@@ -126,8 +146,9 @@ class Binder {
   std::span<const ParamInfo> formal_;
   bool withValue_;
   Args& args_;
-  std::array<Variant*, kMaxParams> slots_{};
-  std::array<Variant, kMaxParams> extras_;
+  // Left uninitialised: a call touches only as many slots as the member has.
+  Variant* slots_[kMaxParams];
+  ExtraValues extras_;
 };
 
 }  // namespace
@@ -142,6 +163,20 @@ Status MemberTable::invoke(Object& self, DispId id, CallKind kind, Args& args,
   try {
     detail::Thunk fn = write ? m.put : m.get;
     if (!fn) fail(kWrongNumberOfArguments, "cannot be assigned");
+    if (!write && m.simple && args.named().empty() && args.positional().size() == m.params.size()) {
+      // The common call: every parameter given, in order. No binding needed
+      // beyond pointing at the arguments, unless one was passed as Missing.
+      Variant* slots[kMaxParams];
+      bool complete = true;
+      for (size_t i = 0; i < m.params.size(); ++i) {
+        slots[i] = &args.positional()[i];
+        complete &= !slots[i]->isMissing();
+      }
+      if (complete) {
+        fn(self, slots, result);
+        return {};
+      }
+    }
     Binder binder(m.params, write, args);
     fn(self, binder.bind(), result);
     return {};

@@ -85,6 +85,7 @@ struct MemberInfo {
   TypeDesc result;
   detail::Thunk get = nullptr;  // the method, or the property read
   detail::Thunk put = nullptr;  // the property write: index parameters, then the value
+  bool simple = false;          // no parameter array: arguments can bind in place
 };
 
 // The members of one class, in dispatch order; member id = position. One

@@ -29,77 +29,66 @@ std::string_view typeName(VarType t) noexcept {
 
 // ---- storage -------------------------------------------------------------
 
-Variant::ArrayBox::ArrayBox(Array a) : array(std::make_unique<Array>(std::move(a))) {}
-Variant::ArrayBox::ArrayBox(const ArrayBox& o) : array(std::make_unique<Array>(*o.array)) {}
-Variant::ArrayBox& Variant::ArrayBox::operator=(const ArrayBox& o) {
-  array = std::make_unique<Array>(*o.array);
-  return *this;
-}
-Variant::ArrayBox::ArrayBox(ArrayBox&& o) noexcept = default;
-Variant::ArrayBox& Variant::ArrayBox::operator=(ArrayBox&& o) noexcept = default;
-Variant::ArrayBox::~ArrayBox() = default;
-
-Variant::Variant(Array a) : v_(ArrayBox(std::move(a))) {}
-Variant::~Variant() = default;
-
-Variant Variant::null() noexcept { return Variant(Storage(NullTag{})); }
-Variant Variant::missing() noexcept { return Variant(Storage(MissingTag{})); }
-Variant Variant::borrow(std::string_view text) noexcept { return Variant(Storage(Borrowed{text})); }
-Variant Variant::byRef(Variant& target) noexcept { return Variant(Storage(&target)); }
+Variant::Variant(Array a) : kind_(Kind::Array) { u_.array = new Array(std::move(a)); }
 
 void Variant::copyFrom(const Variant& o) {
-  if (const auto* b = std::get_if<Borrowed>(&o.v_))
-    v_ = std::string(b->text);
-  else
-    v_ = o.v_;
-}
-
-Variant::Variant(const Variant& o) { copyFrom(o); }
-Variant::Variant(Variant&& o) noexcept {
-  if (const auto* b = std::get_if<Borrowed>(&o.v_))
-    v_ = std::string(b->text);
-  else
-    v_ = std::move(o.v_);
-}
-Variant& Variant::operator=(const Variant& o) {
-  if (this != &o) copyFrom(o);
-  return *this;
-}
-Variant& Variant::operator=(Variant&& o) noexcept {
-  if (this == &o) return *this;
-  if (const auto* b = std::get_if<Borrowed>(&o.v_))
-    v_ = std::string(b->text);
-  else
-    v_ = std::move(o.v_);
-  return *this;
-}
-
-VarType Variant::slotType() const noexcept {
-  switch (v_.index()) {
-    case 0: return VarType::Empty;
-    case 1: return VarType::Null;
-    case 2: return VarType::Missing;
-    case 3: return VarType::Boolean;
-    case 4: return VarType::Integer;
-    case 5: return VarType::Long;
-    case 6: return VarType::Double;
-    case 7:
-    case 8: return VarType::String;
-    case 9: return VarType::Object;
-    case 10: return VarType::Array;
-    default: return VarType::ByRef;
+  switch (o.kind_) {
+    case Kind::Borrowed: new (&u_.s) std::string(o.u_.lent.view()); kind_ = Kind::String; break;
+    case Kind::String: new (&u_.s) std::string(o.u_.s); kind_ = Kind::String; break;
+    case Kind::Object:
+      u_.obj = o.u_.obj;
+      if (u_.obj) u_.obj->addRef();
+      kind_ = Kind::Object;
+      break;
+    case Kind::Array: u_.array = new Array(*o.u_.array); kind_ = Kind::Array; break;
+    default: copyScalar(o);
   }
 }
 
-const Variant& Variant::deref() const noexcept {
-  const Variant* v = this;
-  while (const auto* p = std::get_if<Variant*>(&v->v_)) v = *p;
-  return *v;
+void Variant::moveFrom(Variant& o) noexcept {
+  switch (o.kind_) {
+    case Kind::Borrowed:
+      kind_ = Kind::Borrowed;
+      u_.lent.data = o.u_.lent.data;
+      u_.lent.size = o.u_.lent.size;
+      return;
+    case Kind::String: new (&u_.s) std::string(std::move(o.u_.s)); kind_ = Kind::String; break;
+    case Kind::Object: u_.obj = o.u_.obj; kind_ = Kind::Object; break;
+    case Kind::Array: u_.array = o.u_.array; kind_ = Kind::Array; break;
+    default: copyScalar(o); return;
+  }
+  // The source gave up what it owned.
+  if (o.kind_ == Kind::String) o.u_.s.~basic_string();
+  o.kind_ = Kind::Empty;
 }
-Variant& Variant::deref() noexcept {
-  Variant* v = this;
-  while (auto* p = std::get_if<Variant*>(&v->v_)) v = *p;
-  return *v;
+
+void Variant::release() noexcept {
+  switch (kind_) {
+    case Kind::String: u_.s.~basic_string(); break;
+    case Kind::Object:
+      if (u_.obj) u_.obj->release();
+      break;
+    case Kind::Array: delete u_.array; break;
+    default: break;
+  }
+}
+
+VarType Variant::slotType() const noexcept {
+  switch (kind_) {
+    case Kind::Empty: return VarType::Empty;
+    case Kind::Null: return VarType::Null;
+    case Kind::Missing: return VarType::Missing;
+    case Kind::Boolean: return VarType::Boolean;
+    case Kind::Integer: return VarType::Integer;
+    case Kind::Long: return VarType::Long;
+    case Kind::Double: return VarType::Double;
+    case Kind::ByRef: return VarType::ByRef;
+    case Kind::Borrowed:
+    case Kind::String: return VarType::String;
+    case Kind::Object: return VarType::Object;
+    case Kind::Array: return VarType::Array;
+  }
+  return VarType::Empty;
 }
 
 bool Variant::isNumeric() const noexcept {
@@ -190,14 +179,14 @@ Int narrow(double d) {
 
 double Variant::toDouble() const {
   const Variant& v = deref();
-  switch (v.v_.index()) {
-    case 0: return 0;
-    case 3: return std::get<bool>(v.v_) ? -1 : 0;
-    case 4: return std::get<int16_t>(v.v_);
-    case 5: return std::get<int32_t>(v.v_);
-    case 6: return std::get<double>(v.v_);
-    case 7:
-    case 8: {
+  switch (v.kind_) {
+    case Kind::Empty: return 0;
+    case Kind::Boolean: return v.u_.b ? -1 : 0;
+    case Kind::Integer: return v.u_.i16;
+    case Kind::Long: return v.u_.i32;
+    case Kind::Double: return v.u_.d;
+    case Kind::String:
+    case Kind::Borrowed: {
       double d = 0;
       if (!parseNumber(v.stringView(), d)) v.mismatch("a number");
       return d;
@@ -208,27 +197,27 @@ double Variant::toDouble() const {
 
 int16_t Variant::toInteger() const {
   const Variant& v = deref();
-  if (const auto* i = std::get_if<int16_t>(&v.v_)) return *i;
+  if (v.kind_ == Kind::Integer) return v.u_.i16;
   return narrow<int16_t>(v.toDouble());
 }
 
 int32_t Variant::toLong() const {
   const Variant& v = deref();
-  if (const auto* i = std::get_if<int32_t>(&v.v_)) return *i;
-  if (const auto* i = std::get_if<int16_t>(&v.v_)) return *i;
+  if (v.kind_ == Kind::Long) return v.u_.i32;
+  if (v.kind_ == Kind::Integer) return v.u_.i16;
   return narrow<int32_t>(v.toDouble());
 }
 
 bool Variant::toBool() const {
   const Variant& v = deref();
-  switch (v.v_.index()) {
-    case 0: return false;
-    case 3: return std::get<bool>(v.v_);
-    case 4:
-    case 5:
-    case 6: return v.toDouble() != 0;
-    case 7:
-    case 8: {
+  switch (v.kind_) {
+    case Kind::Empty: return false;
+    case Kind::Boolean: return v.u_.b;
+    case Kind::Integer:
+    case Kind::Long:
+    case Kind::Double: return v.toDouble() != 0;
+    case Kind::String:
+    case Kind::Borrowed: {
       std::string_view s = v.stringView();
       while (!s.empty() && s.front() == ' ') s.remove_prefix(1);
       while (!s.empty() && s.back() == ' ') s.remove_suffix(1);
@@ -250,41 +239,41 @@ bool Variant::toBool() const {
 
 std::string Variant::toString() const {
   const Variant& v = deref();
-  switch (v.v_.index()) {
-    case 0: return {};
-    case 3: return std::get<bool>(v.v_) ? "True" : "False";
-    case 4: return std::to_string(std::get<int16_t>(v.v_));
-    case 5: return std::to_string(std::get<int32_t>(v.v_));
-    case 6: return formatNumber(std::get<double>(v.v_));
-    case 7: return std::get<std::string>(v.v_);
-    case 8: return std::string(std::get<Borrowed>(v.v_).text);
+  switch (v.kind_) {
+    case Kind::Empty: return {};
+    case Kind::Boolean: return v.u_.b ? "True" : "False";
+    case Kind::Integer: return std::to_string(v.u_.i16);
+    case Kind::Long: return std::to_string(v.u_.i32);
+    case Kind::Double: return formatNumber(v.u_.d);
+    case Kind::String: return v.u_.s;
+    case Kind::Borrowed: return std::string(v.u_.lent.view());
     default: v.mismatch("a String");
   }
 }
 
 std::string_view Variant::stringView() const {
   const Variant& v = deref();
-  if (const auto* s = std::get_if<std::string>(&v.v_)) return *s;
-  if (const auto* b = std::get_if<Borrowed>(&v.v_)) return b->text;
+  if (v.kind_ == Kind::String) return v.u_.s;
+  if (v.kind_ == Kind::Borrowed) return v.u_.lent.view();
   v.mismatch("a String");
 }
 
 ObjectRef Variant::toObject() const {
   const Variant& v = deref();
-  if (const auto* o = std::get_if<ObjectRef>(&v.v_)) return *o;
-  if (v.slotType() == VarType::Missing) throw AutomationError(kArgumentNotOptional);
+  if (v.kind_ == Kind::Object) return ObjectRef(v.u_.obj);
+  if (v.kind_ == Kind::Missing) throw AutomationError(kArgumentNotOptional);
   throw AutomationError(kObjectRequired, std::string(typeName(v.slotType())) + " is not an object");
 }
 
 const Array& Variant::array() const {
   const Variant& v = deref();
-  if (const auto* a = std::get_if<ArrayBox>(&v.v_)) return *a->array;
+  if (v.kind_ == Kind::Array) return *v.u_.array;
   v.mismatch("an array");
 }
 
 Array& Variant::array() {
   Variant& v = deref();
-  if (auto* a = std::get_if<ArrayBox>(&v.v_)) return *a->array;
+  if (v.kind_ == Kind::Array) return *v.u_.array;
   v.mismatch("an array");
 }
 

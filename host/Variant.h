@@ -1,10 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <variant>
+#include <new>
 
 #include "Export.h"
 #include "Object.h"
@@ -35,46 +36,96 @@ QFA_API std::string_view typeName(VarType t) noexcept;
 // needed is a type mismatch (13).
 class QFA_API Variant {
  public:
-  Variant() noexcept = default;
-  Variant(bool b) noexcept : v_(b) {}
-  Variant(int16_t i) noexcept : v_(i) {}
-  Variant(int32_t i) noexcept : v_(i) {}
-  Variant(double d) noexcept : v_(d) {}
-  Variant(std::string s) noexcept : v_(std::move(s)) {}
-  Variant(const char* s) : v_(std::string(s)) {}
-  Variant(ObjectRef o) noexcept : v_(std::move(o)) {}
+  Variant() noexcept {}
+  Variant(bool b) noexcept : kind_(Kind::Boolean) { setScalar(b); }
+  Variant(int16_t i) noexcept : kind_(Kind::Integer) { setScalar(i); }
+  Variant(int32_t i) noexcept : kind_(Kind::Long) { setScalar(i); }
+  Variant(double d) noexcept : kind_(Kind::Double) { setScalar(d); }
+  Variant(std::string s) noexcept : kind_(Kind::String) { new (&u_.s) std::string(std::move(s)); }
+  Variant(const char* s) : Variant(std::string(s)) {}
+  Variant(ObjectRef o) noexcept : kind_(Kind::Object) { u_.obj = o.detach(); }
   template <class T>
-  Variant(Ref<T> o) noexcept : v_(ObjectRef(std::move(o))) {}
+  Variant(Ref<T> o) noexcept : Variant(ObjectRef(std::move(o))) {}
   Variant(Array a);
 
-  static Variant null() noexcept;
-  static Variant missing() noexcept;
+  static Variant null() noexcept { return Variant(Kind::Null); }
+  static Variant missing() noexcept { return Variant(Kind::Missing); }
   static Variant nothing() noexcept { return Variant(ObjectRef()); }
   // A string argument that refers to text the caller keeps alive for the
-  // duration of a call. Copying or moving the Variant makes an owned copy.
-  static Variant borrow(std::string_view text) noexcept;
+  // duration of a call. A copy of the Variant owns its text; a move passes the
+  // loan on, so whoever keeps an argument beyond the call keeps a copy.
+  static Variant borrow(std::string_view text) noexcept {
+    Variant v(Kind::Borrowed);
+    v.u_.lent.data = text.data();
+    v.u_.lent.size = text.size();
+    return v;
+  }
   // A by-reference slot: reads and writes go to `target`.
-  static Variant byRef(Variant& target) noexcept;
+  static Variant byRef(Variant& target) noexcept {
+    Variant v(Kind::ByRef);
+    v.setScalar(&target);
+    return v;
+  }
 
-  Variant(const Variant& o);
-  Variant(Variant&& o) noexcept;
-  Variant& operator=(const Variant& o);
-  Variant& operator=(Variant&& o) noexcept;
-  ~Variant();
+  Variant(const Variant& o) {
+    if (o.kind_ < Kind::Borrowed)
+      copyScalar(o);
+    else
+      copyFrom(o);
+  }
+  Variant(Variant&& o) noexcept {
+    if (o.kind_ < Kind::Borrowed)
+      copyScalar(o);
+    else
+      moveFrom(o);
+  }
+  Variant& operator=(const Variant& o) {
+    if (this != &o) {
+      Variant copy(o);
+      *this = std::move(copy);
+    }
+    return *this;
+  }
+  Variant& operator=(Variant&& o) noexcept {
+    if (this != &o) {
+      reset();
+      if (o.kind_ < Kind::Borrowed)
+        copyScalar(o);
+      else
+        moveFrom(o);
+    }
+    return *this;
+  }
+  ~Variant() { reset(); }
 
   // The type of this slot itself (ByRef for a reference slot).
   VarType slotType() const noexcept;
   // The type of the value, following a by-reference slot.
   VarType type() const noexcept { return deref().slotType(); }
-  const Variant& deref() const noexcept;
-  Variant& deref() noexcept;
-  bool isByRef() const noexcept { return slotType() == VarType::ByRef; }
+  const Variant& deref() const noexcept {
+    const Variant* v = this;
+    while (v->kind_ == Kind::ByRef) v = v->u_.ref;
+    return *v;
+  }
+  Variant& deref() noexcept {
+    Variant* v = this;
+    while (v->kind_ == Kind::ByRef) v = v->u_.ref;
+    return *v;
+  }
+  bool isByRef() const noexcept { return kind_ == Kind::ByRef; }
+  // Whether this is a loan of exactly `text` (see borrow()).
+  bool lends(std::string_view text) const noexcept {
+    return kind_ == Kind::Borrowed && u_.lent.data == text.data() && u_.lent.size == text.size();
+  }
 
-  bool isEmpty() const noexcept { return type() == VarType::Empty; }
-  bool isMissing() const noexcept { return type() == VarType::Missing; }
-  bool isString() const noexcept { return type() == VarType::String; }
-  bool isObject() const noexcept { return type() == VarType::Object; }
-  bool isArray() const noexcept { return type() == VarType::Array; }
+  bool isEmpty() const noexcept { return deref().kind_ == Kind::Empty; }
+  bool isMissing() const noexcept { return deref().kind_ == Kind::Missing; }
+  bool isString() const noexcept {
+    const Kind k = deref().kind_;
+    return k == Kind::String || k == Kind::Borrowed;
+  }
+  bool isObject() const noexcept { return deref().kind_ == Kind::Object; }
+  bool isArray() const noexcept { return deref().kind_ == Kind::Array; }
   bool isNumeric() const noexcept;
 
   // Conversions; each raises AutomationError when the platform would.
@@ -96,29 +147,54 @@ class QFA_API Variant {
   friend QFA_API bool operator==(const Variant& a, const Variant& b);
 
  private:
-  struct EmptyTag {};
-  struct NullTag {};
-  struct MissingTag {};
-  struct Borrowed {
-    std::string_view text;
+  // Kinds before Borrowed copy as plain bits; from String on they own something.
+  enum class Kind : uint8_t { Empty, Null, Missing, Boolean, Integer, Long, Double, ByRef, Borrowed, String, Object, Array };
+  // The words of a borrowed text are copied one by one: a copy as one 16-byte
+  // move of two separately written words defeats store forwarding.
+  struct Lent {
+    const char* data;
+    size_t size;
+    std::string_view view() const noexcept { return {data, size}; }
   };
-  struct ArrayBox {
-    std::unique_ptr<Array> array;
-    explicit ArrayBox(Array a);
-    ArrayBox(const ArrayBox& o);
-    ArrayBox(ArrayBox&& o) noexcept;
-    ArrayBox& operator=(const ArrayBox& o);
-    ArrayBox& operator=(ArrayBox&& o) noexcept;
-    ~ArrayBox();
+  union Storage {
+    Storage() noexcept : raw(0) {}
+    ~Storage() {}
+    uint64_t raw;
+    bool b;
+    int16_t i16;
+    int32_t i32;
+    double d;
+    Variant* ref;
+    Lent lent;
+    std::string s;
+    Object* obj;  // a counted reference; null is Nothing
+    Array* array;  // owned
   };
-  using Storage = std::variant<EmptyTag, NullTag, MissingTag, bool, int16_t, int32_t, double,
-                               std::string, Borrowed, ObjectRef, ArrayBox, Variant*>;
 
-  explicit Variant(Storage s) noexcept : v_(std::move(s)) {}
+  explicit Variant(Kind k) noexcept : kind_(k) {}
+  // Scalars are written as one 8-byte word: a narrower store followed by the
+  // word-wide read of a copy would stall the processor's store forwarding.
+  template <class T>
+  void setScalar(T value) noexcept {
+    uint64_t word = 0;
+    std::memcpy(&word, &value, sizeof value);
+    u_.raw = word;
+  }
+  void copyScalar(const Variant& o) noexcept {
+    kind_ = o.kind_;
+    u_.raw = o.u_.raw;
+  }
   void copyFrom(const Variant& o);
+  void moveFrom(Variant& o) noexcept;
+  void reset() noexcept {
+    if (kind_ >= Kind::String) release();
+    kind_ = Kind::Empty;
+  }
+  void release() noexcept;
   [[noreturn]] void mismatch(std::string_view wanted) const;
 
-  Storage v_;
+  Kind kind_ = Kind::Empty;
+  Storage u_;
 };
 
 // The platform's formatting of a double ("1.5", "1E+20", "-3").

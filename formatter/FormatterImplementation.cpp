@@ -1,0 +1,334 @@
+#include "formatter/FormatterImplementation.h"
+
+#include <vector>
+
+#include "diagnostics/Procedure.h"
+#include "host/PaperProxies.h"
+#include "host/ReferenceProxies.h"
+#include "strings/StringUtility.h"
+
+namespace QuillFormatAPA::FormatterImplementation {
+
+namespace {
+
+const StaticModule kModule("FormatterImplementation");
+
+const QuillStrings::StringUtility& str() { return QuillStrings::strings(); }
+
+// A zero-based array of Variants, as a literal list of values makes one.
+template <class... T>
+Array listOf(T... values) {
+  return Array::list({Variant(values)...});
+}
+
+}  // namespace
+
+// ---- settings --------------------------------------------------------------
+
+std::string getMetaData(const ObjectRef& settings) {
+  std::string chapter, heading1, heading2, heading3, heading4;
+  return traced(kModule, "getMetaData", params(arg("settings", settings)), [&](Procedure& proc) {
+    proc.local("chapter", chapter);
+    proc.local("heading1", heading1);
+    proc.local("heading2", heading2);
+    proc.local("heading3", heading3);
+    proc.local("heading4", heading4);
+    const host::CommandRef super(settings);
+    proc.step([&] { super.Add("defaultOutputType", "citation"); });
+    proc.step([&] { super.Add("outputTypes", listOf("citation")); });
+    // Setting numbers and values as the template reads them; 15 and 16 are
+    // written in lower case on purpose.
+    const std::pair<int16_t, const char*> numbered[] = {{1, "False"}, {5, "False"}, {6, "False"},
+                                                        {19, "True"}, {2, "True"},  {4, "False"},
+                                                        {14, "True"}, {15, "false"}, {16, "false"}};
+    for (const auto& [key, value] : numbered) proc.step([&] { super.Add(key, value); });
+    proc.step([&] { chapter = super.buildStyle(true, false, true, false, false, true, false); });
+    proc.step([&] { heading1 = super.buildStyle(true, false, true, false, false, true, false); });
+    proc.step([&] { heading2 = super.buildStyle(false, false, true, false, false, true, false); });
+    proc.step([&] { heading3 = super.buildStyle(false, true, true, false, false, true, false); });
+    proc.step([&] { heading4 = super.buildStyle(false, true, true, true, false, true, false); });
+    proc.step([&] { super.addHeadings(chapter, heading1, heading2, heading3, heading4); });
+    const std::pair<int16_t, const char*> last[] = {{3, "True"}, {8, "False"}, {9, "False"}, {20, "True"}};
+    for (const auto& [key, value] : last) proc.step([&] { super.Add(key, value); });
+    return std::string("APA");
+  });
+}
+
+void getQLRefMetaData(const ObjectRef& formatterSettings) {
+  traced(kModule, "getQLRefMetaData", params(arg("formatterSettings", formatterSettings)), [&](Procedure& proc) {
+    const host::FormatterSettingsRef settings(formatterSettings);
+    proc.step([&] { settings.setFormat(1); });
+    proc.step([&] { settings.setIsSeasonFirst(false); });
+    proc.step([&] { settings.setJournalFormat("yyyy"); });
+    proc.step([&] { settings.setTooltipTextJournal("Format: 1944"); });
+    proc.step([&] { settings.setTooltipTextPeriodical("Format: 1944, June 6 or 1993, Spring"); });
+    proc.step([&] { settings.setSameAuthorPrefixInReferenceList("__UNINITIALIZED__"); });
+    proc.step([&] { settings.setTwoEditorsIsOnlyCaseHaveNoComma(true); });
+    proc.step([&] { settings.setReverseEditors(false); });
+    proc.step([&] { settings.setPublishDateFormat("yyyy, mmmm d"); });
+
+    auto reset = [&](int16_t entry, std::vector<NamedArg> named) {
+      proc.step([&] { host::OutputTemplateRef(settings.outputTemplates(entry)).Reset(named); });
+    };
+    // The author template: a reference list shows up to seven authors, from
+    // eight on the first six, an ellipsis and the last.
+    reset(0, {{"supportAnonAndPseudoAuthors", false},
+              {"SquareBracketIsForFirstName", true},
+              {"editorTags", "(Comp.),(Ed.),(Trans.)"},
+              {"andSeparator", "&"},
+              {"twoAuthorsIsOnlyCaseHaveNoComma", false},
+              {"reverseFirstOnFootnote", true},
+              {"reverseSecondaryAuthors", true},
+              {"reversedAuthorUsesComma", true},
+              {"reversedAuthorPostfixUsesComma", true},
+              {"numAuthorsToTriggerEtAl", int16_t{8}},
+              {"numAuthorsToTriggerEtAlCitation", int16_t{6}},
+              {"numAuthorsToTriggerEtAlMinimalString", int16_t{6}},
+              {"numAuthorsInEtAl", int16_t{7}},
+              {"numAuthorsInEtAlMinimalString", int16_t{1}},
+              {"etAlUsesElipses", true},
+              {"etAlInReferenceList", true},
+              {"etAlHasComma", true},
+              {"etAlCitationHasComma", true},
+              {"editorSeparator", " "},
+              {"initialsOnly", true},
+              {"initialsUsePeriods", true},
+              {"semicolonBetweenGroupAuthors", false},
+              {"supportsCompilerAndEditor", false}});
+
+    // Title rules. The rows name a kind of title and three 0/1 flags for the
+    // settings object; template 0 takes the rules with the rows of parts of
+    // books, and the title templates of books (3) and periodicals (2) are
+    // cloned from it for heading capitalisation, each with its own rows.
+    const Array bookTitleTypes = listOf("Chapter title,1,1,1", "Reference entry,1,0,0", "Afterword,1,0,0",
+                                        "Foreword,1,0,0", "Introduction,1,0,0", "Preface,1,0,0");
+    const Array periodicalTitleTypes = listOf("Article title,1,1,1", "Editorial,1,1,0", "Monograph,1,1,0");
+    reset(0, {{"titleTypes", bookTitleTypes},
+              {"unItalicizeSpeciesAndNamesOfShips", false},
+              {"chapterAndWebsiteRule", ""},
+              {"capitalizeSubtitle", true},
+              {"bookAndArticleRule",
+               "Capitalize only the first word of the title and of the subtitle, if any, and any proper nouns. "
+               "(APA 6.29)"},
+              {"capitalizeHyphenatedWord", false},
+              {"sentenceCapitalization", true},
+              {"authorTemplate", int16_t{1}},
+              {"Format", int16_t{1}}});
+    proc.step([&] {
+      host::OutputTemplateRef(settings.outputTemplates(3))
+          .CloneForHeadingCapitalization(settings.outputTemplates(0), bookTitleTypes);
+    });
+    proc.step([&] {
+      host::OutputTemplateRef(settings.outputTemplates(2))
+          .CloneForHeadingCapitalization(settings.outputTemplates(0), periodicalTitleTypes);
+    });
+
+    reset(4, {{"cityTooltip", "City, State (e.g., Washington, DC) or City, Country (e.g., London, England)"},
+              {"cityInBrackets", false},
+              {"outputArticle", false}});
+    reset(5, {{"removePublisherAbbreviations", false},
+              {"shortenUniversityAndPress", false},
+              {"usePublisherUnknown", false},
+              {"useAdvancedOptions", true},
+              {"supportCoPublisher", false}});
+    reset(6, {{"useEnDashForYearRange", true},
+              {"noDateString", "n.d."},
+              {"supportYearForSure", false},
+              {"circa", "ca."},
+              {"supportYearGuess", false},
+              {"supportInPress", false},
+              {"supportForthcoming", false}});
+    reset(15, {{"repeatLocationIfInPublisherName", false},
+               {"expandAbbreviations", false},
+               {"supportPlaceForSure", false},
+               {"supportPlaceGuess", false},
+               {"supportPlaceNotKnown", false}});
+    reset(7, {{"shortenedPage", false},
+              {"supportsDOI", true},
+              {"supportsNotes", false},
+              {"elideZero", false},
+              {"usePagePrefix", false},
+              {"usePagePrefixInCitations", true},
+              {"noPageStr", "n.p."},
+              {"chapterPrefix", "Chapter"},
+              {"chapterPluralPrefix", "Chapter"},
+              {"paraPrefix", "para."},
+              {"paraPluralPrefix", "para."},
+              {"addDotToAdvancedPrefix", true},
+              {"useEnDashForPageRange", true}});
+    reset(7, {{"pageTemplate", int16_t{7}}, {"Format", int16_t{1}}});
+    reset(10, {{"shortenSeriesInTitle", false},
+               {"supportVolsToDate", false},
+               {"prefixedVols", true},
+               {"overrideDefaultEditorPrefix", false},
+               {"volTitleSeparator", ". "},
+               {"addPeriodToVol", true},
+               {"SupportGeneralEditor", false}});
+    reset(11, {{"journalSettings", listOf("Regular,,", "Special issue,,", "Special section,,", "Supplement,,")},
+               {"Format", int16_t{1}}});
+    reset(0, {{"Format", int16_t{1}},
+              {"endsEditionWithEd", true},
+              {"useTrans", false},
+              {"useSer", true},
+              {"useDots", false},
+              {"publisherTemplate", int16_t{12}},
+              {"pageTemplate", int16_t{5}},
+              {"authorTemplate", int16_t{7}}});
+    reset(13, {{"DOIPrefix", "doi:"},
+               {"usesRetrievedPrefix", true},
+               {"SupportsWebsiteAsEric", true},
+               {"SupportsWebsiteAsDatabase", false}});
+    reset(16, {{"shortenedMicroform", false},
+               {"supportsAdvancedCD", false},
+               {"useSquareBrackets", true},
+               {"supports", "Digital file,Monograph"}});
+  });
+}
+
+// ---- start-up form, chapters, citation template -----------------------------
+
+void initializeSectionInstructions(const ObjectRef& super, Array& sectionInstructions) {
+  std::vector<std::string> instructions;
+  traced(kModule, "initializeSectionInstructions",
+         params(arg("super", super), arg("sectionInstructions", sectionInstructions)), [&](Procedure& proc) {
+           proc.local("instructions", instructions);
+           // Code 3 nests a section under "Body of the paper".
+           const std::pair<const char*, int16_t> sections[] = {
+               {"Title Page", 0},    {"Table of Contents", 0}, {"List of Tables", 0}, {"List of Figures", 0},
+               {"Abstract", 0},      {"Body of the paper", 0}, {"Introduction", 3},   {"Method", 3},
+               {"Results", 3},       {"Discussion", 3},        {"References", 0},     {"Footnotes", 0},
+               {"Tables", 0},        {"Figures", 0},           {"Appendix", 0}};
+           instructions.assign(std::size(sections), std::string());
+           const host::CommandRef command(super);
+           for (size_t i = 0; i < std::size(sections); ++i)
+             proc.step([&] { instructions[i] = command.buildInstruction(sections[i].first, sections[i].second); });
+           proc.step([&] { sectionInstructions = stringArray(instructions); });
+         });
+}
+
+void initTitleInstructions(int16_t PaperType, Array& TitleInstructions) {
+  traced(kModule, "initTitleInstructions",
+         params(arg("PaperType", PaperType), arg("TitleInstructions", TitleInstructions)), [&](Procedure& proc) {
+           const std::string titleHint = "The recommended length for a title is no more than 12 words. (APA 2.01)^^^";
+           const std::string authorHint =
+               "The preferred form of an author's name is first name, middle initial(s), and last name... Omit all "
+               "titles (e.g., Dr, Professor) and degrees (e.g. PhD, PsyD, EdD). (APA 2.02)^^^";
+           const std::string affiliationHint =
+               "Identifies the location where the author or authors were when the research was conducted. When an "
+               "author has no institutional affiliation, list the city and state of residence. (APA 2.02)^^^";
+           if (PaperType >= 0 && PaperType <= 2) {
+             proc.step([&] {
+               TitleInstructions = stringArray(str().toStringArray(titleHint + "Title", authorHint + "Author", "College"));
+             });
+           } else if (PaperType == 3) {
+             proc.step([&] {
+               TitleInstructions = stringArray(str().toStringArray(
+                   titleHint + "Title", authorHint + "Author", affiliationHint + "Affiliation",
+                   authorHint + "2nd Author", affiliationHint + "2nd Author's Affil."));
+             });
+           }
+         });
+}
+
+void getStartupFormSettings(const ObjectRef& IntArrayProvider, Array& postGradIndices, Array& defaultAlwaysOn,
+                            Array& defaultPostgrad, int16_t& defaultPaperType) {
+  traced(kModule, "getStartupFormSettings",
+         params(arg("IntArrayProvider", IntArrayProvider), arg("postGradIndices", postGradIndices),
+                arg("defaultAlwaysOn", defaultAlwaysOn), arg("defaultPostgrad", defaultPostgrad),
+                arg("defaultPaperType", defaultPaperType)),
+         [&](Procedure& proc) {
+           const host::CommandRef provider(IntArrayProvider);
+           // The lists and the title page's paper type are for postgraduates only.
+           proc.step([&] { provider.IntArray(postGradIndices, listOf(int16_t{1}, int16_t{2}, int16_t{3})); });
+           proc.step([&] {
+             provider.IntArray(defaultAlwaysOn, listOf(int16_t{0}, int16_t{4}, int16_t{5}, int16_t{6}, int16_t{7},
+                                                       int16_t{8}, int16_t{9}, int16_t{10}));
+           });
+           proc.step([&] { provider.IntArray(defaultPostgrad, listOf(int16_t{1}, int16_t{2}, int16_t{3})); });
+           // defaultPaperType is the caller's to keep.
+         });
+}
+
+void InitializeCitationTemplate(const ObjectRef& theCitationOutputTemplate, bool supportsSubwork,
+                                const std::string& emailKey, bool useWebsiteWhenNoAuthorAndDateFlag) {
+  traced(kModule, "InitializeCitationTemplate",
+         params(arg("theCitationOutputTemplate", theCitationOutputTemplate), arg("supportsSubwork", supportsSubwork),
+                arg("emailKey", emailKey), arg("useWebsiteWhenNoAuthorAndDateFlag", useWebsiteWhenNoAuthorAndDateFlag)),
+         [&](Procedure& proc) {
+           proc.step([&] {
+             Variant separator[] = {", "};
+             NamedArg named[] = {{"useNoDate", false},
+                                 {"volPrefix", ""},
+                                 {"useAuthorOrPeriodicalTitle", true},
+                                 {"useTitle", false},
+                                 {"useOriginalYear", true},
+                                 {"titleIsQuoted", false},
+                                 {"useEmailKey", emailKey},
+                                 {"useDegree", false},
+                                 {"supportsSubwork", supportsSubwork},
+                                 {"useWebsiteWhenNoAuthorAndDate", useWebsiteWhenNoAuthorAndDateFlag}};
+             host::OutputTemplateRef(theCitationOutputTemplate).Reset(separator, named);
+           });
+         });
+}
+
+void StartNewChapter(const ObjectRef& param) {
+  traced(kModule, "StartNewChapter", params(arg("param", param)), [&](Procedure& proc) {
+    const host::InstructionBuilderRef builder(param);
+    proc.step([&] { builder.addStyle("-2"); });
+    proc.step([&] { builder.addText("CHAPTER "); });
+    proc.step([&] { builder.AddAutoNumber("chapter"); });
+    proc.step([&] { builder.addText(" "); });
+    proc.step([&] { builder.addOneClick("Click here in main text and type your chapter title"); });
+    proc.step([&] { builder.addCarriageReturns(1); });
+    proc.step([&] { builder.addStyle("Paragraph"); });
+    proc.step([&] { builder.addOneClick("Click here and type your chapter"); });
+  });
+}
+
+bool UpdateFrontMatter() {
+  return traced(kModule, "UpdateFrontMatter[Get]", [](Procedure&) { return false; });
+}
+
+void InitializeMain(const ObjectRef& Main) {
+  traced(kModule, "InitializeMain", params(arg("Main", Main)), [](Procedure&) {});
+}
+
+// ---- not part of this build yet ------------------------------------------------
+
+namespace {
+[[noreturn]] void notBuilt(const char* procedure) {
+  throw AutomationError(kInvalidProcedureCall, std::string("FormatterImplementation.") + procedure +
+                                                   " is not part of this build");
+}
+}  // namespace
+
+int16_t GetReferenceType(const std::string& entry, const std::string& title, const std::string& subTitle,
+                         const ObjectRef& controller) {
+  return traced(kModule, "GetReferenceType",
+                params(arg("entry", entry), arg("title", title), arg("subTitle", subTitle),
+                       arg("controller", controller)),
+                [&](Procedure& proc) {
+                  proc.step([] { notBuilt("GetReferenceType"); });
+                  return int16_t{0};
+                });
+}
+
+bool ReferenceIsInFormatType(const std::string& str, std::string& title, int16_t decoratedType,
+                             const ObjectRef& controller) {
+  return traced(kModule, "ReferenceIsInFormatType",
+                params(arg("str", str), arg("title", title), arg("decoratedType", decoratedType),
+                       arg("controller", controller)),
+                [&](Procedure& proc) {
+                  proc.step([] { notBuilt("ReferenceIsInFormatType"); });
+                  return false;
+                });
+}
+
+bool firstItalicizedInReferenceIsTitle(const std::string& str) {
+  return traced(kModule, "firstItalicizedInReferenceIsTitle", params(arg("str", str)), [](Procedure&) {
+    return true;
+  });
+}
+
+}  // namespace QuillFormatAPA::FormatterImplementation

@@ -1,0 +1,196 @@
+#include "quillpaper/DiagnosticsService.h"
+
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <ctime>
+#include <iostream>
+
+#include "host/Array.h"
+#include "host/CallSite.h"
+#include "host/RunningObjects.h"
+
+namespace quillpaper {
+
+namespace {
+
+constexpr int32_t kEnd = 3;
+constexpr int32_t kRetry = 4;
+constexpr int32_t kIgnore = 5;
+constexpr int32_t kExit = 1;
+// A statement that fails this often in a row is not going to succeed.
+constexpr int kMaxRetries = 3;
+
+std::string timestamp() {
+  const auto now = std::chrono::system_clock::now();
+  const std::time_t t = std::chrono::system_clock::to_time_t(now);
+  std::tm tm{};
+  localtime_r(&t, &tm);
+  char buf[32];
+  std::strftime(buf, sizeof buf, "%Y%m%d-%H%M%S", &tm);
+  return buf;
+}
+
+}  // namespace
+
+const MemberTable& DiagnosticsService::members() {
+  static const auto table =
+      ClassBuilder<DiagnosticsService>("ErrorParams")
+          .method<&DiagnosticsService::vbwProcIn>("vbwProcIn", {"name", "parameterText"})
+          .method<&DiagnosticsService::vbwProcOut>("vbwProcOut")
+          .method<&DiagnosticsService::vbwReportParameter>("vbwReportParameter", {"name", "value"})
+          .method<&DiagnosticsService::vbwBeforeDump>(
+              "vbwBeforeDump", {"project", "module", "procedure", "line", "number", "description", "systemError"})
+          .method<&DiagnosticsService::vbwOpenDumpFile>("vbwOpenDumpFile")
+          .method<&DiagnosticsService::vbwReportToFile>("vbwReportToFile", {"text"})
+          .method<&DiagnosticsService::vbwReportVariable>("vbwReportVariable", {"name", "value", "flag"})
+          .method<&DiagnosticsService::vbwReportObject>("vbwReportObject", {"name", "object"})
+          .method<&DiagnosticsService::vbwCloseDumpFile>("vbwCloseDumpFile")
+          .method<&DiagnosticsService::vbwAfterDump>("vbwAfterDump")
+          .method<&DiagnosticsService::vbwExitThread>("vbwExitThread", {"flag"})
+          .build();
+  return *table;
+}
+
+DiagnosticsService::DiagnosticsService(Options options) : options_(std::move(options)) {
+  if (options_.dumpFolder.empty()) options_.dumpFolder = defaultDumpFolder();
+  if (!options_.traceFile.empty()) trace_.open(options_.traceFile, std::ios::out | std::ios::trunc);
+}
+
+DiagnosticsService::~DiagnosticsService() = default;
+
+std::filesystem::path DiagnosticsService::defaultDumpFolder() {
+  if (const char* state = std::getenv("XDG_STATE_HOME"); state && *state)
+    return std::filesystem::path(state) / "quillpaper";
+  if (const char* home = std::getenv("HOME"); home && *home)
+    return std::filesystem::path(home) / ".local" / "state" / "quillpaper";
+  return std::filesystem::temp_directory_path() / "quillpaper";
+}
+
+std::string DiagnosticsService::describe(const Variant& value) {
+  switch (value.type()) {
+    case VarType::Empty: return "Empty";
+    case VarType::Null: return "Null";
+    case VarType::Missing: return "Missing";
+    case VarType::String: return "\"" + value.toString() + "\"";
+    case VarType::Object: {
+      const ObjectRef o = value.toObject();
+      return o ? "<" + std::string(o->typeName()) + ">" : "Nothing";
+    }
+    case VarType::Array: {
+      const Array& a = value.array();
+      if (a.dimensions() == 0) return "Array()";
+      std::string text = "Array(" + std::to_string(a.lowerBound()) + " To " + std::to_string(a.upperBound());
+      if (a.dimensions() == 2)
+        text += ", " + std::to_string(a.lowerBound(2)) + " To " + std::to_string(a.upperBound(2));
+      return text + ")";
+    }
+    default: return value.toString();
+  }
+}
+
+void DiagnosticsService::vbwProcIn(const std::string& name, std::string& parameterText) {
+  if (trace_) trace_ << std::string(2 * stack_.size(), ' ') << name << (parameterText.empty() ? "" : " ")
+                     << parameterText << '\n';
+  stack_.push_back(name);
+}
+
+void DiagnosticsService::vbwProcOut() {
+  if (!stack_.empty()) stack_.pop_back();
+}
+
+std::string DiagnosticsService::vbwReportParameter(const std::string& name, const Variant& value) {
+  return name + "=" + describe(value);
+}
+
+void DiagnosticsService::vbwBeforeDump(const std::string& project, const std::string& module,
+                                       const std::string& procedure, int16_t line, int16_t number,
+                                       const std::string& description, int16_t systemError) {
+  ReportedError e;
+  e.where = module + "." + procedure;
+  e.number = number;
+  e.description = description;
+  static int serial = 0;
+  e.dumpFile = (options_.dumpFolder / ("dump-" + timestamp() + "-" + std::to_string(::getpid()) + "-" +
+                                       std::to_string(++serial) + ".txt"))
+                   .string();
+  errors_.push_back(e);
+  pendingHeader_ = "Error " + std::to_string(number) + " (" + description + ") in " + project + "." + e.where +
+                   ", line " + std::to_string(line) + (systemError ? ", system error " + std::to_string(systemError) : "") +
+                   "\r\nCall stack:\r\n";
+  for (auto it = stack_.rbegin(); it != stack_.rend(); ++it) pendingHeader_ += "  " + *it + "\r\n";
+  if (trace_) trace_ << std::string(2 * stack_.size(), ' ') << "!! error " << number << " (" << description << ")\n";
+}
+
+void DiagnosticsService::vbwOpenDumpFile() {
+  std::error_code ec;
+  std::filesystem::create_directories(options_.dumpFolder, ec);
+  dump_.open(errors_.back().dumpFile, std::ios::out | std::ios::trunc | std::ios::binary);
+  dump_ << pendingHeader_;
+}
+
+void DiagnosticsService::vbwReportToFile(std::string& text) { dump_ << text; }
+
+void DiagnosticsService::vbwReportVariable(const std::string& name, Variant& value, int32_t) {
+  dump_ << name << " = " << describe(value) << "\r\n";
+}
+
+void DiagnosticsService::vbwReportObject(const std::string& name, const ObjectRef& object) {
+  dump_ << name << ":\r\n";
+  if (!object || !object->memberTable()) return;
+  // Every property that can be read without arguments.
+  for (const MemberInfo& m : object->memberTable()->members()) {
+    if (m.kind == MemberKind::Method || !m.params.empty()) continue;
+    std::string text;
+    try {
+      text = describe(callByName(object, m.name));
+    } catch (const AutomationError& e) {
+      text = "<" + e.description() + ">";
+    }
+    dump_ << "  " << m.name << " = " << text << "\r\n";
+  }
+}
+
+void DiagnosticsService::vbwCloseDumpFile() { dump_.close(); }
+
+int32_t DiagnosticsService::vbwAfterDump() {
+  switch (options_.policy) {
+    case ErrorPolicy::Ignore: return kIgnore;
+    case ErrorPolicy::Exit: return kExit;
+    case ErrorPolicy::Retry: return ++retries_ <= kMaxRetries ? kRetry : kExit;
+    case ErrorPolicy::Ask: return ask();
+  }
+  return kExit;
+}
+
+int32_t DiagnosticsService::ask() const {
+  if (!::isatty(STDIN_FILENO)) return kExit;
+  const ReportedError& e = errors_.back();
+  std::cerr << "quillpaper: error " << e.number << " (" << e.description << ") in " << e.where
+            << "\n  dump: " << e.dumpFile << "\n  [r]etry, [i]gnore and go on, [e]xit the procedure, [a]bort? ";
+  std::string answer;
+  if (!std::getline(std::cin, answer) || answer.empty()) return kExit;
+  switch (answer[0]) {
+    case 'r': return kRetry;
+    case 'i': return kIgnore;
+    case 'a': return kEnd;
+    default: return kExit;
+  }
+}
+
+void DiagnosticsService::vbwExitThread(bool) { stack_.clear(); }
+
+const MemberTable& BridgeToVB::members() {
+  static const auto table =
+      ClassBuilder<BridgeToVB>("BridgeToVB").get<&BridgeToVB::ErrorParams>("ErrorParams").build();
+  return *table;
+}
+
+ServiceRegistration::ServiceRegistration(const ObjectRef& service) {
+  RunningObjects::registerObject("QuillPaperDot.BridgeToVB", make<BridgeToVB>(service));
+}
+
+ServiceRegistration::~ServiceRegistration() { RunningObjects::revoke("QuillPaperDot.BridgeToVB"); }
+
+}  // namespace quillpaper

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "host/MemberTable.h"
+
+namespace quillpaper {
+
+using namespace QuillFormatAPA;
+
+// What to do when the library reports an error.
+enum class ErrorPolicy {
+  Exit,    // leave the failing procedure (the default: the command then fails)
+  Ignore,  // go on with the next statement; the output may lack a piece
+  Retry,   // run the failing statement again (at most a few times)
+  Ask,     // ask on the terminal
+};
+
+// One error the library reported, as the command line tells the user.
+struct ReportedError {
+  std::string where;  // "DocumentBuilder.AddTitlePage"
+  int32_t number = 0;
+  std::string description;
+  std::string dumpFile;
+};
+
+// The template's diagnostics service: keeps the library's call stack, writes
+// an indented trace when asked, writes each error dump to a file of its own
+// and answers errors by the program's policy.
+class DiagnosticsService : public Dispatchable<DiagnosticsService> {
+ public:
+  struct Options {
+    ErrorPolicy policy = ErrorPolicy::Exit;
+    std::filesystem::path traceFile;  // empty: no trace
+    std::filesystem::path dumpFolder;
+  };
+  explicit DiagnosticsService(Options options);
+  ~DiagnosticsService() override;
+  static const MemberTable& members();
+
+  const std::vector<ReportedError>& errors() const { return errors_; }
+  // The default dump folder: $XDG_STATE_HOME/quillpaper (or ~/.local/state/quillpaper).
+  static std::filesystem::path defaultDumpFolder();
+
+  void vbwProcIn(const std::string& name, std::string& parameterText);
+  void vbwProcOut();
+  std::string vbwReportParameter(const std::string& name, const Variant& value);
+  void vbwBeforeDump(const std::string& project, const std::string& module, const std::string& procedure,
+                     int16_t line, int16_t number, const std::string& description, int16_t systemError);
+  void vbwOpenDumpFile();
+  void vbwReportToFile(std::string& text);
+  void vbwReportVariable(const std::string& name, Variant& value, int32_t flag);
+  void vbwReportObject(const std::string& name, const ObjectRef& object);
+  void vbwCloseDumpFile();
+  int32_t vbwAfterDump();
+  void vbwExitThread(bool flag);
+
+  // A value as the trace and the dumps show it: "\"text\"", "12", "True",
+  // "<Page>", "Nothing", "Array(0 To 4)".
+  static std::string describe(const Variant& value);
+
+ private:
+  int32_t ask() const;
+
+  Options options_;
+  std::ofstream trace_;
+  std::ofstream dump_;
+  std::vector<std::string> stack_;
+  std::vector<ReportedError> errors_;
+  int retries_ = 0;
+  std::string pendingHeader_;
+};
+
+// The bridge the library finds among the running objects; its ErrorParams
+// property gives the service.
+class BridgeToVB : public Dispatchable<BridgeToVB> {
+ public:
+  explicit BridgeToVB(ObjectRef service) : service_(std::move(service)) {}
+  static const MemberTable& members();
+  ObjectRef ErrorParams() const { return service_; }
+
+ private:
+  ObjectRef service_;
+};
+
+// Registers the bridge for the life of the object, and revokes it after.
+class ServiceRegistration {
+ public:
+  explicit ServiceRegistration(const ObjectRef& service);
+  ~ServiceRegistration();
+  ServiceRegistration(const ServiceRegistration&) = delete;
+  ServiceRegistration& operator=(const ServiceRegistration&) = delete;
+};
+
+}  // namespace quillpaper

@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# Installs from Debian's archive whatever building (and, with --office,
+# checking documents in LibreOffice) needs and the machine lacks.
+set -euo pipefail
+
+packages=(g++ cmake make pkg-config python3 libgtest-dev libgmock-dev libbenchmark-dev libzip-dev libpugixml-dev)
+if [[ "${1:-}" == --office ]]; then
+  packages+=(libreoffice-writer-nogui poppler-utils fonts-liberation fonts-dejavu-core)
+fi
+
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "ok installed" || missing+=("$p")
+done
+((${#missing[@]} == 0)) && exit 0
+
+sudo=()
+[[ $(id -u) -ne 0 ]] && sudo=(sudo)
+echo "Installing: ${missing[*]}" >&2
+"${sudo[@]}" apt-get update
+DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y --no-install-recommends "${missing[@]}"

@@ -180,6 +180,9 @@ struct Arg<std::optional<T>> {
   static void giveBack(Variant&, Holder&) {}
 };
 
+template <class T>
+struct Arg<const std::optional<T>&> : Arg<std::optional<T>> {};
+
 // Variants and arrays are handed over in place, without a copy; through a
 // non-const reference the member writes straight into the caller's value.
 template <>

@@ -17,6 +17,7 @@ constexpr const char* kUsage =
     "usage: quillpaper COMMAND [OPTIONS]\n"
     "\n"
     "Commands:\n"
+    "  new [FILE]     write the skeleton of an APA paper as a .docx (default paper.docx)\n"
     "  form           print the start-up form settings (sections, title-page fields)\n"
     "\n"
     "Run 'quillpaper COMMAND --help' for the options of a command.\n"
@@ -36,6 +37,8 @@ constexpr const char* kFormUsage =
     "by default for each paper type, and the title-page fields of each paper type with their\n"
     "hints. --json prints the same as JSON.\n";
 
+}  // namespace
+
 int formCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
   const bool json = cl.flag("json");
   if (cl.flag("help")) {
@@ -53,8 +56,6 @@ int formCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
   return 0;
 }
 
-}  // namespace
-
 int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
   if (args.empty() || args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
     (args.empty() ? err : out) << kUsage;
@@ -66,6 +67,7 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
   }
   const std::map<std::string, std::function<int(CommandLine&, std::ostream&, std::ostream&)>> commands = {
       {"form", formCommand},
+      {"new", newCommand},
   };
   auto it = commands.find(args[0]);
   if (it == commands.end()) {

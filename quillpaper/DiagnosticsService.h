@@ -44,6 +44,9 @@ class DiagnosticsService : public Dispatchable<DiagnosticsService> {
   static const MemberTable& members();
 
   const std::vector<ReportedError>& errors() const { return errors_; }
+  // Whether the policy makes an error fail the command (exit, retry, ask) or
+  // lets it go on with what was made (ignore).
+  bool policyStopsOutput() const { return options_.policy != ErrorPolicy::Ignore; }
   // The default dump folder: $XDG_STATE_HOME/quillpaper (or ~/.local/state/quillpaper).
   static std::filesystem::path defaultDumpFolder();
 

@@ -1,0 +1,157 @@
+#include "quillpaper/Document.h"
+
+namespace quillpaper::doc {
+
+Style nextStyle(Style style) {
+  switch (style) {
+    case Style::Heading1:
+    case Style::Heading2:
+    case Style::Heading3:
+    case Style::Heading4:
+    case Style::Heading5:
+    case Style::PartHeading:
+    case Style::Centered:
+    case Style::Caption: return Style::Normal;
+    default: return style;
+  }
+}
+
+int headingLevel(Style style) {
+  switch (style) {
+    case Style::Heading1: return 1;
+    case Style::Heading2: return 2;
+    case Style::Heading3: return 3;
+    case Style::Heading4: return 4;
+    case Style::Heading5: return 5;
+    default: return 0;
+  }
+}
+
+Style styleNamed(std::string_view name) {
+  // The word processor's built-in style numbers: -1 Normal, -2 to -6 the headings.
+  if (name == "-1") return Style::Normal;
+  if (name == "-2") return Style::Heading1;
+  if (name == "-3") return Style::Heading2;
+  if (name == "-4") return Style::Heading3;
+  if (name == "-5") return Style::Heading4;
+  if (name == "-6") return Style::Heading5;
+  if (name == "Front Matter") return Style::FrontMatter;
+  if (name == "Paragraph") return Style::Paragraph;
+  if (name == "Bibliographic Reference") return Style::Bibliography;
+  if (name == "Caption") return Style::Caption;
+  return Style::Normal;
+}
+
+bool Paragraph::empty() const {
+  for (const Inline& i : inlines)
+    if (i.kind != Inline::Kind::Bookmark && i.kind != Inline::Kind::EditingHint) return false;
+  return true;
+}
+
+std::string Paragraph::plainText() const {
+  std::string out;
+  for (const Inline& i : inlines)
+    if (i.kind == Inline::Kind::Text || i.kind == Inline::Kind::Placeholder || i.kind == Inline::Kind::Field)
+      out += i.text;
+  return out;
+}
+
+bool Page::empty() const {
+  for (const Block& b : blocks) {
+    if (const auto* p = std::get_if<Paragraph>(&b)) {
+      if (!p->empty()) return false;
+    } else {
+      return false;
+    }
+  }
+  return true;
+}
+
+Paragraph& PageWriter::current() {
+  if (page_.blocks.empty() || !std::holds_alternative<Paragraph>(page_.blocks.back()))
+    page_.blocks.emplace_back(Paragraph{});
+  return std::get<Paragraph>(page_.blocks.back());
+}
+
+void PageWriter::endParagraph() {
+  const Style next = nextStyle(current().style);
+  page_.blocks.emplace_back(Paragraph{next, {}});
+}
+
+void PageWriter::freshParagraph() {
+  if (!current().empty()) endParagraph();
+}
+
+void PageWriter::setStyle(Style style) { current().style = style; }
+
+void PageWriter::text(std::string_view text, bool toggleBold, bool italic) {
+  size_t start = 0;
+  while (start <= text.size()) {
+    const size_t end = text.find_first_of("\r\n", start);
+    const std::string_view piece = text.substr(start, end == std::string_view::npos ? end : end - start);
+    if (!piece.empty()) {
+      Inline i;
+      i.text = std::string(piece);
+      i.toggleBold = toggleBold;
+      i.italic = italic;
+      current().inlines.push_back(std::move(i));
+    }
+    if (end == std::string_view::npos) break;
+    endParagraph();
+    start = end + ((text[end] == '\r' && end + 1 < text.size() && text[end + 1] == '\n') ? 2 : 1);
+  }
+}
+
+void PageWriter::placeholder(std::string_view text) {
+  // Two placeholders in a row are two things to fill in: keep them apart.
+  Paragraph& p = current();
+  if (!p.inlines.empty() && p.inlines.back().kind == Inline::Kind::Placeholder) this->text(" ");
+  Inline i;
+  i.kind = Inline::Kind::Placeholder;
+  i.text = std::string(text);
+  current().inlines.push_back(std::move(i));
+}
+
+void PageWriter::field(std::string code, std::string result, bool italic) {
+  Inline i;
+  i.kind = Inline::Kind::Field;
+  i.code = std::move(code);
+  i.text = std::move(result);
+  i.italic = italic;
+  current().inlines.push_back(std::move(i));
+}
+
+void PageWriter::bookmark(std::string name) {
+  Inline i;
+  i.kind = Inline::Kind::Bookmark;
+  i.text = std::move(name);
+  current().inlines.push_back(std::move(i));
+}
+
+void PageWriter::editingHint(int id) {
+  Inline i;
+  i.kind = Inline::Kind::EditingHint;
+  i.hintId = id;
+  current().inlines.push_back(std::move(i));
+}
+
+void PageWriter::carriageReturns(int count) {
+  for (int k = 0; k < count; ++k) endParagraph();
+}
+
+void PageWriter::paragraph(Style style, std::string_view text) {
+  freshParagraph();
+  current().style = style;
+  this->text(text);
+  endParagraph();
+  current().style = Style::Normal;
+}
+
+void PageWriter::block(Block block) {
+  if (!current().inlines.empty()) endParagraph();
+  // The empty paragraph the cursor was in gives way to the block.
+  page_.blocks.back() = std::move(block);
+  page_.blocks.emplace_back(Paragraph{});
+}
+
+}  // namespace quillpaper::doc

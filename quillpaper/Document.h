@@ -1,0 +1,119 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace quillpaper::doc {
+
+// What the library writes into a paper, kept until the .docx writer renders it.
+
+// A piece of a paragraph.
+struct Inline {
+  enum class Kind {
+    Text,         // plain text
+    Placeholder,  // one-click text the user replaces
+    Field,        // a field the word processor numbers: `code`, with `text` as its current result
+    Bookmark,     // a named position
+    EditingHint,  // a hint shown beside the text (`hintId`)
+  };
+  Kind kind = Kind::Text;
+  std::string text;
+  bool toggleBold = false;  // bold the opposite of the paragraph style
+  bool italic = false;
+  std::string code;
+  int hintId = 0;
+};
+
+// Paragraph styles of the paper (the .docx writer defines each).
+enum class Style {
+  Normal,
+  Heading1,
+  Heading2,
+  Heading3,
+  Heading4,
+  Heading5,
+  FrontMatter,    // the title page's centred lines
+  Paragraph,      // body text, first line indented
+  Bibliography,   // reference list, hanging indent
+  PartHeading,    // "Table of Contents" and the like: centred, not listed
+  Centered,       // a centred line that is not a heading (the title over the introduction)
+  Caption,        // "Figure 1. ..." / "Table 1. ..."
+};
+
+// The style the word processor gives the paragraph after one of `style`.
+Style nextStyle(Style style);
+// 1 to 5 for the heading styles, else 0.
+int headingLevel(Style style);
+// The style a library style name stands for: "-1" Normal, "-2" Heading 1,
+// "-3" Heading 2 (and so on), "Front Matter", "Paragraph", "Bibliographic
+// Reference"; unknown names fall back to Normal.
+Style styleNamed(std::string_view name);
+
+struct Paragraph {
+  Style style = Style::Normal;
+  std::vector<Inline> inlines;
+  bool empty() const;
+  // The paragraph's text without placeholders' brackets or fields' codes.
+  std::string plainText() const;
+};
+
+// A generated list: table of contents (0), list of figures (2), list of tables (3).
+struct GeneratedList {
+  int kind = 0;
+};
+
+// Statistics tables are added by the table writer; a page holds them as blocks too.
+struct TableBlock;
+
+using Block = std::variant<Paragraph, GeneratedList, std::shared_ptr<TableBlock>>;
+
+struct Page {
+  int part = 0;
+  bool suppressPageBreak = false;
+  std::vector<Block> blocks;
+  bool empty() const;
+};
+
+struct Section {
+  int firstPart = 0;
+  int lastPart = 0;
+  std::string pageHeader;  // the page-header record: code digits then the running head
+  std::optional<bool> sameAsPreviousSection;
+  std::vector<std::shared_ptr<Page>> pages;
+};
+
+struct Document {
+  std::vector<std::shared_ptr<Section>> sections;
+};
+
+// Writes into a page as the library's page calls ask: a cursor at the end of
+// the page's last paragraph.
+class PageWriter {
+ public:
+  explicit PageWriter(Page& page) : page_(page) {}
+
+  void setStyle(Style style);
+  // Text, with "\r\n" (or a lone "\r" or "\n") ending the paragraph.
+  void text(std::string_view text, bool toggleBold = false, bool italic = false);
+  void placeholder(std::string_view text);
+  void field(std::string code, std::string result, bool italic = false);
+  void bookmark(std::string name);
+  void editingHint(int id);
+  void carriageReturns(int count);
+  // A complete paragraph of its own; the cursor moves to a new one after it.
+  void paragraph(Style style, std::string_view text);
+  void block(Block block);
+  Paragraph& current();
+
+ private:
+  void endParagraph();
+  // Starts a new paragraph unless the current one is still empty.
+  void freshParagraph();
+  Page& page_;
+};
+
+}  // namespace quillpaper::doc

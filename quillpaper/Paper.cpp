@@ -1,0 +1,68 @@
+#include "quillpaper/Paper.h"
+
+#include "host/CallSite.h"
+#include "quillpaper/ChapterInstructions.h"
+#include "quillpaper/SettingsDictionary.h"
+#include "quillpaper/StartupForm.h"
+#include "quillpaper/docx/DocxWriter.h"
+
+namespace quillpaper {
+
+namespace {
+
+constexpr int kReferencesPart = 10;
+
+void execute(Session& session, std::string command, const ObjectRef& argument) {
+  callByName(session.main2(), "Execute", byRef(command), argument);
+}
+
+// Chapters go before the references, each on a page of its own.
+void addChapters(Session& session, PaperBuilder& builder, int count) {
+  for (auto& section : builder.document().sections) {
+    auto& pages = section->pages;
+    auto at = std::find_if(pages.begin(), pages.end(), [](const auto& p) { return p->part == kReferencesPart; });
+    if (at == pages.end()) continue;
+    for (int k = 0; k < count; ++k) {
+      auto page = std::make_shared<doc::Page>();
+      page->part = -1;  // the user's own: always kept
+      at = pages.insert(at, page) + 1;
+      execute(session, "StartNewChapter", make<ChapterInstructions>(Ref<PaperBuilder>(&builder), page));
+    }
+    return;
+  }
+}
+
+}  // namespace
+
+Paper makePaper(Session& session, const PaperRequest& request) {
+  Paper paper;
+  auto settings = make<SettingsDictionary>();
+  callByName(session.main2(), "getMetaData", ObjectRef(settings));
+  paper.format = PaperFormat::fromSettings(*settings, isPostgraduate(request.paperType));
+
+  PaperBuilder::Options options;
+  options.outputTemplate = request.hints;
+  options.paperType = request.paperType;
+  options.selectedParts = request.parts;
+  options.configuration = request.fields;
+  paper.builder = make<PaperBuilder>(options);
+  execute(session, "InitializeBuilder", paper.builder);
+  if (request.chapters > 0) addChapters(session, *paper.builder, request.chapters);
+  return paper;
+}
+
+void writePaperFile(const Paper& paper, const PaperRequest& request, const std::filesystem::path& output) {
+  const std::set<int>& parts = request.parts;
+  const docx::Layout layout =
+      docx::Layout::of(paper.builder->document(), [&](int part) { return parts.count(part) > 0; });
+  docx::PaperOptions options;
+  const auto title = request.fields.find("Title");
+  const auto author = request.fields.find("Author");
+  if (title != request.fields.end()) options.title = title->second;
+  if (author != request.fields.end()) options.author = author->second;
+  options.format = paper.format;
+  options.editingHints = request.hints;
+  docx::writePaper(layout, options, output);
+}
+
+}  // namespace quillpaper

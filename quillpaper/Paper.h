@@ -1,0 +1,36 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+
+#include "quillpaper/PaperBuilder.h"
+#include "quillpaper/PaperFormat.h"
+#include "quillpaper/Session.h"
+
+namespace quillpaper {
+
+// What the user asked for on the command line.
+struct PaperRequest {
+  int16_t paperType = 3;
+  std::map<std::string, std::string> fields;  // title-page fields by caption: "Title", "2nd Author", ...
+  std::set<int> parts;                        // the selected parts 0 to 14
+  bool hints = true;
+  int chapters = 0;
+};
+
+// A paper the library has laid out, ready to be written.
+struct Paper {
+  Ref<PaperBuilder> builder;
+  PaperFormat format;
+};
+
+// Runs the library: the settings, the skeleton and any chapters. Errors the
+// library reports are left in the session's service for the caller to judge.
+Paper makePaper(Session& session, const PaperRequest& request);
+
+// Writes the paper's .docx atomically.
+void writePaperFile(const Paper& paper, const PaperRequest& request, const std::filesystem::path& output);
+
+}  // namespace quillpaper

@@ -1,0 +1,72 @@
+#include "quillpaper/PaperPage.h"
+
+#include "quillpaper/PaperBuilder.h"
+
+namespace quillpaper {
+
+const MemberTable& PaperPage::members() {
+  static const auto table =
+      ClassBuilder<PaperPage>("Page")
+          .method<&PaperPage::addStyle>("addStyle", {"name"})
+          .method<&PaperPage::addText>("addText", {"text"})
+          .method<&PaperPage::addTextToggleBold>("addTextToggleBold", {"text"})
+          .method<&PaperPage::addCarriageReturns>("addCarriageReturns", {"count"})
+          .method<&PaperPage::addEditingHint>("addEditingHint", {"id"})
+          .method<&PaperPage::addOneClick>("addOneClick", {"text"})
+          .method<&PaperPage::addBookmark>("addBookmark", {"name"})
+          .method<&PaperPage::suppressPageBreak>("suppressPageBreak")
+          .method<&PaperPage::AddCenteredParagraph>("AddCenteredParagraph", {"text", optional("partHeading", false)})
+          .method<&PaperPage::addTOC>("addTOC", {"kind"})
+          .method<&PaperPage::AddCaption>("AddCaption", {"kind"})
+          .method<&PaperPage::AddSection>("AddSection", {"heading", "hint", optional("outputTemplate", true)})
+          .build();
+  return *table;
+}
+
+void PaperPage::addStyle(const std::string& name) { writer_.setStyle(doc::styleNamed(name)); }
+
+void PaperPage::addText(const std::string& text) { writer_.text(text); }
+
+void PaperPage::addTextToggleBold(const std::string& text) { writer_.text(text, true); }
+
+void PaperPage::addCarriageReturns(int16_t count) {
+  if (count < 0) throw AutomationError(kInvalidProcedureCall, "a negative number of carriage returns");
+  writer_.carriageReturns(count);
+}
+
+void PaperPage::addEditingHint(int32_t id) { writer_.editingHint(id); }
+
+void PaperPage::addOneClick(const std::string& text) { writer_.placeholder(text); }
+
+void PaperPage::addBookmark(const std::string& name) { writer_.bookmark(name); }
+
+void PaperPage::suppressPageBreak() { page_->suppressPageBreak = true; }
+
+void PaperPage::AddCenteredParagraph(const std::string& text, bool partHeading) {
+  writer_.paragraph(partHeading ? doc::Style::PartHeading : doc::Style::Centered, text);
+}
+
+void PaperPage::addTOC(int16_t kind) {
+  if (kind != 0 && kind != 2 && kind != 3)
+    throw AutomationError(kInvalidProcedureCall, "list kind " + std::to_string(kind) + " (0, 2 or 3)");
+  writer_.block(doc::GeneratedList{kind});
+}
+
+void PaperPage::AddCaption(const std::string& kind) {
+  const int number = builder_->sequences().next(kind);
+  writer_.setStyle(doc::Style::Caption);
+  // APA sets the label of a caption in italics: "Figure 1."
+  writer_.text(kind + " ", false, true);
+  writer_.field("SEQ " + kind + " \\* ARABIC", std::to_string(number), true);
+  writer_.text(". ", false, true);
+  writer_.placeholder(kind == "Table" ? "[Title of the table]" : "[Caption of the figure]");
+  writer_.carriageReturns(1);
+}
+
+void PaperPage::AddSection(const std::string& heading, const std::string& hint, bool outputTemplate) {
+  writer_.paragraph(doc::Style::Heading1, heading);
+  writer_.setStyle(doc::Style::Paragraph);
+  if (outputTemplate) writer_.placeholder(hint);
+}
+
+}  // namespace quillpaper

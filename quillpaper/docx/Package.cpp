@@ -1,0 +1,161 @@
+#include "quillpaper/docx/Package.h"
+
+#include <unistd.h>
+#include <sys/stat.h>
+#include <zip.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <fstream>
+#include <memory>
+#include <stdexcept>
+
+#include "quillpaper/docx/Xml.h"
+
+namespace quillpaper::docx {
+
+namespace {
+
+// 1980-01-01 00:00, the earliest time a zip entry can carry: the same input
+// gives the same bytes.
+constexpr time_t kFixedTime = 315532800;
+
+std::string folderOf(const std::string& path) {
+  const auto slash = path.rfind('/');
+  return slash == std::string::npos ? "" : path.substr(0, slash + 1);
+}
+
+std::string fileOf(const std::string& path) {
+  const auto slash = path.rfind('/');
+  return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+}  // namespace
+
+void Package::addPart(std::string path, std::string contentType, std::string content) {
+  parts_.push_back({std::move(path), std::move(contentType), std::move(content)});
+}
+
+void Package::relate(const std::string& sourcePath, Relationship r) {
+  for (PartRels& p : partRels_)
+    if (p.source == sourcePath) {
+      p.rels.push_back(std::move(r));
+      return;
+    }
+  partRels_.push_back({sourcePath, {std::move(r)}});
+}
+
+std::string Package::contentTypesXml() const {
+  XmlDocument doc;
+  pugi::xml_node types = doc.root("Types", "http://schemas.openxmlformats.org/package/2006/content-types");
+  pugi::xml_node rels = types.append_child("Default");
+  rels.append_attribute("Extension") = "rels";
+  rels.append_attribute("ContentType") = "application/vnd.openxmlformats-package.relationships+xml";
+  pugi::xml_node xml = types.append_child("Default");
+  xml.append_attribute("Extension") = "xml";
+  xml.append_attribute("ContentType") = "application/xml";
+  for (const Part& p : parts_) {
+    pugi::xml_node o = types.append_child("Override");
+    o.append_attribute("PartName") = ("/" + p.path).c_str();
+    o.append_attribute("ContentType") = p.contentType.c_str();
+  }
+  return doc.str();
+}
+
+std::string Package::relationshipsXml(const std::vector<Relationship>& rels) {
+  XmlDocument doc;
+  pugi::xml_node root = doc.root("Relationships", "http://schemas.openxmlformats.org/package/2006/relationships");
+  for (const Relationship& r : rels) {
+    pugi::xml_node n = root.append_child("Relationship");
+    n.append_attribute("Id") = r.id.c_str();
+    n.append_attribute("Type") = r.type.c_str();
+    n.append_attribute("Target") = r.target.c_str();
+  }
+  return doc.str();
+}
+
+std::string Package::bytes() const {
+  std::vector<std::pair<std::string, std::string>> entries;
+  entries.emplace_back("[Content_Types].xml", contentTypesXml());
+  entries.emplace_back("_rels/.rels", relationshipsXml(packageRels_));
+  for (const PartRels& p : partRels_)
+    entries.emplace_back(folderOf(p.source) + "_rels/" + fileOf(p.source) + ".rels", relationshipsXml(p.rels));
+  for (const Part& p : parts_) entries.emplace_back(p.path, p.content);
+
+  zip_error_t error;
+  zip_error_init(&error);
+  zip_source_t* buffer = zip_source_buffer_create(nullptr, 0, 0, &error);
+  if (!buffer) throw std::runtime_error("cannot create the zip buffer");
+  zip_t* archive = zip_open_from_source(buffer, ZIP_TRUNCATE, &error);
+  if (!archive) {
+    zip_source_free(buffer);
+    throw std::runtime_error("cannot create the zip archive");
+  }
+  zip_source_keep(buffer);
+  for (const auto& [name, content] : entries) {
+    zip_source_t* s = zip_source_buffer(archive, content.data(), content.size(), 0);
+    const zip_int64_t index = s ? zip_file_add(archive, name.c_str(), s, ZIP_FL_ENC_UTF_8) : -1;
+    if (index < 0) {
+      if (s) zip_source_free(s);
+      zip_discard(archive);
+      zip_source_free(buffer);
+      throw std::runtime_error("cannot add " + name + " to the package");
+    }
+    zip_file_set_mtime(archive, static_cast<zip_uint64_t>(index), kFixedTime, 0);
+    zip_set_file_compression(archive, static_cast<zip_uint64_t>(index), ZIP_CM_DEFLATE, 6);
+  }
+  if (zip_close(archive) < 0) {
+    zip_discard(archive);
+    zip_source_free(buffer);
+    throw std::runtime_error("cannot finish the package");
+  }
+  std::string out;
+  if (zip_source_open(buffer) == 0) {
+    zip_source_seek(buffer, 0, SEEK_END);
+    const zip_int64_t size = zip_source_tell(buffer);
+    zip_source_seek(buffer, 0, SEEK_SET);
+    out.resize(static_cast<size_t>(size));
+    zip_source_read(buffer, out.data(), static_cast<zip_uint64_t>(size));
+    zip_source_close(buffer);
+  }
+  zip_source_free(buffer);
+  return out;
+}
+
+void Package::save(const std::filesystem::path& path) const { writeFileAtomically(path, bytes()); }
+
+void writeFileAtomically(const std::filesystem::path& path, const std::string& bytes) {
+  const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");
+  std::string pattern = (folder / ("." + path.filename().string() + ".XXXXXX")).string();
+  const int fd = ::mkstemp(pattern.data());
+  if (fd < 0) throw std::runtime_error("cannot write in " + folder.string() + ": " + std::strerror(errno));
+  const auto fail = [&](const std::string& what) {
+    const std::string reason = std::strerror(errno);
+    ::close(fd);
+    ::unlink(pattern.c_str());
+    throw std::runtime_error(what + ": " + reason);
+  };
+  for (size_t done = 0; done < bytes.size();) {
+    const ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      fail("cannot write " + path.string());
+    }
+    done += static_cast<size_t>(n);
+  }
+  if (::fsync(fd) != 0) fail("cannot write " + path.string());
+  ::fchmod(fd, 0644);
+  if (::close(fd) != 0) {
+    ::unlink(pattern.c_str());
+    throw std::runtime_error("cannot write " + path.string());
+  }
+  if (std::rename(pattern.c_str(), path.c_str()) != 0) {
+    const std::string reason = std::strerror(errno);
+    ::unlink(pattern.c_str());
+    throw std::runtime_error("cannot write " + path.string() + ": " + reason);
+  }
+}
+
+}  // namespace quillpaper::docx

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "quillpaper/Document.h"
+#include "quillpaper/PaperFormat.h"
+#include "quillpaper/docx/Layout.h"
+
+// One writer per part of the .docx, each returning the part's XML.
+namespace quillpaper::docx {
+
+// Sizes in twentieths of a point, as WordprocessingML counts them.
+struct PageGeometry {
+  long width = 12240;  // US Letter, 8.5 in
+  long height = 15840;
+  long top = 1440, bottom = 1440, left = 1440, right = 1440;
+  long textWidth() const { return width - left - right; }
+  static PageGeometry from(const PaperFormat& format);
+};
+
+std::string stylesXml(const PaperFormat& format, const PageGeometry& page);
+std::string settingsXml(bool updateFieldsOnOpen);
+std::string fontTableXml();
+std::string corePropertiesXml(const std::string& title, const std::string& author);
+std::string appPropertiesXml();
+
+// A header: the running head flush left, the page number flush right.
+std::string headerXml(const std::string& pageHeaderRecord, const PageGeometry& page);
+
+// The editing hints shown beside the text, one comment per hint in order.
+std::string commentsXml(const std::vector<int>& hintIds);
+// The text of an editing hint.
+std::string editingHintText(int id);
+
+// The document body from the laid-out paper; `headerIds` gives each rendered
+// section's header relationship id (empty: linked to the previous section).
+// `hints` receives the editing hints in the order of their comments.
+std::string documentXml(const Layout& layout, const PaperFormat& format, const PageGeometry& page,
+                        const std::vector<std::string>& headerIds, bool editingHints, std::vector<int>& hints);
+
+}  // namespace quillpaper::docx

@@ -1,0 +1,170 @@
+#include <gtest/gtest.h>
+#include <zip.h>
+
+#include <pugixml.hpp>
+#include <set>
+
+#include "quillpaper/Document.h"
+#include "quillpaper/Paper.h"
+#include "quillpaper/StartupForm.h"
+#include "quillpaper/docx/DocxWriter.h"
+
+namespace quillpaper {
+namespace {
+
+using doc::Inline;
+using doc::Page;
+using doc::PageWriter;
+using doc::Paragraph;
+using doc::Style;
+
+const Paragraph& paragraphAt(const Page& page, size_t i) { return std::get<Paragraph>(page.blocks.at(i)); }
+
+// Catches a cursor that keeps writing into the finished paragraph, or a
+// heading whose style leaks into the paragraph after it.
+TEST(PageWriterTest, CarriageReturnsEndParagraphs) {
+  Page page;
+  PageWriter w(page);
+  w.setStyle(Style::Heading1);
+  w.text("Refer", true);
+  w.bookmark("References");
+  w.text("ences\r\nnext\nlast", true);
+  ASSERT_EQ(page.blocks.size(), 3u);
+  EXPECT_EQ(paragraphAt(page, 0).plainText(), "References");
+  EXPECT_EQ(paragraphAt(page, 0).inlines[1].kind, Inline::Kind::Bookmark);
+  EXPECT_EQ(paragraphAt(page, 1).style, Style::Normal);
+  EXPECT_EQ(paragraphAt(page, 2).plainText(), "last");
+  w.carriageReturns(2);
+  EXPECT_EQ(page.blocks.size(), 5u);
+}
+
+TEST(PageWriterTest, PlaceholdersInARowStayApart) {
+  Page page;
+  PageWriter w(page);
+  w.placeholder("[New affiliation]");
+  w.placeholder("Delete this paragraph");
+  EXPECT_EQ(paragraphAt(page, 0).plainText(), "[New affiliation] Delete this paragraph");
+}
+
+// Catches a generated list that swallows a paragraph with content.
+TEST(PageWriterTest, BlocksTakeTheEmptyParagraphOnly) {
+  Page page;
+  PageWriter w(page);
+  w.paragraph(Style::PartHeading, "Table of Contents");
+  w.block(doc::GeneratedList{0});
+  w.setStyle(Style::Normal);
+  ASSERT_EQ(page.blocks.size(), 3u);
+  EXPECT_EQ(paragraphAt(page, 0).plainText(), "Table of Contents");
+  EXPECT_TRUE(std::holds_alternative<doc::GeneratedList>(page.blocks[1]));
+  EXPECT_TRUE(page.blocks.size() == 3 && paragraphAt(page, 2).empty());
+}
+
+// A paper made through the library, as `quillpaper new` makes it.
+class MadePaper {
+ public:
+  explicit MadePaper(PaperRequest request) : request_(std::move(request)) {
+    Session session(DiagnosticsService::Options{ErrorPolicy::Exit, {}, ::testing::TempDir()});
+    const StartupForm form = StartupForm::load(session.main2());
+    if (request_.parts.empty())
+      for (const auto& s : form.sections)
+        if (form.defaultFor(s.index, request_.paperType)) request_.parts.insert(s.index);
+    paper_ = makePaper(session, request_);
+    errors_ = session.service().errors().size();
+    layout_ = docx::Layout::of(paper_.builder->document(), [&](int part) { return request_.parts.count(part) > 0; });
+    docx::PaperOptions options;
+    options.format = paper_.format;
+    options.editingHints = request_.hints;
+    bytes_ = docx::paperBytes(layout_, options);
+  }
+
+  // A part of the package, parsed.
+  pugi::xml_document part(const std::string& name) const {
+    zip_error_t error;
+    zip_source_t* src = zip_source_buffer_create(bytes_.data(), bytes_.size(), 0, &error);
+    zip_t* z = zip_open_from_source(src, ZIP_RDONLY, &error);
+    pugi::xml_document doc;
+    zip_file_t* f = z ? zip_fopen(z, name.c_str(), 0) : nullptr;
+    if (f) {
+      std::string content;
+      char buf[4096];
+      zip_int64_t n;
+      while ((n = zip_fread(f, buf, sizeof buf)) > 0) content.append(buf, static_cast<size_t>(n));
+      zip_fclose(f);
+      EXPECT_TRUE(doc.load_string(content.c_str())) << name;
+    }
+    if (z) zip_close(z);
+    return doc;
+  }
+  size_t count(const std::string& partName, const char* xpath) const {
+    return part(partName).select_nodes(xpath).size();
+  }
+
+  const docx::Layout& layout() const { return layout_; }
+  size_t errors() const { return errors_; }
+
+ private:
+  PaperRequest request_;
+  Paper paper_;
+  docx::Layout layout_;
+  std::string bytes_;
+  size_t errors_ = 0;
+};
+
+// Catches sections or headers lost in writing, or a link where each section
+// needs its own header.
+TEST(DocxTest, SectionsHeadersAndPlaceholders) {
+  PaperRequest r;
+  r.paperType = 1;
+  r.fields = {{"Title", "Sleep\x01 and \xff Memory"}};  // control and malformed bytes must not break the XML
+  MadePaper paper(r);
+  EXPECT_EQ(paper.errors(), 0u);
+  // The back matter is off by default, so three of the four sections are printed.
+  EXPECT_EQ(paper.layout().sections.size(), 3u);
+  EXPECT_EQ(paper.count("word/document.xml", "//w:sectPr"), 3u);
+  EXPECT_EQ(paper.count("word/document.xml", "//w:headerReference"), 3u);
+  EXPECT_EQ(paper.part("word/header1.xml").select_node("//w:t").node().text().as_string(), std::string("Running head: "));
+  EXPECT_GT(paper.count("word/document.xml", "//w:sdt/w:sdtPr/w:showingPlcHdr"), 10u);
+  EXPECT_EQ(paper.count("word/comments.xml", "//w:comment"), 13u);  // 4 + 7 + 1 + 1 editing hints
+  EXPECT_EQ(paper.count("word/document.xml", "//w:instrText[contains(., 'TOC')]"), 3u);
+}
+
+// Catches bookmarks with clashing ids, which Word refuses to open.
+TEST(DocxTest, BookmarkIdsAreUnique) {
+  PaperRequest r;
+  r.paperType = 2;
+  r.chapters = 3;
+  MadePaper paper(r);
+  const pugi::xml_document d = paper.part("word/document.xml");
+  std::set<std::string> ids, names;
+  for (const auto& n : d.select_nodes("//w:bookmarkStart")) {
+    EXPECT_TRUE(ids.insert(n.node().attribute("w:id").value()).second);
+    EXPECT_TRUE(names.insert(n.node().attribute("w:name").value()).second);
+  }
+  EXPECT_TRUE(names.count("References"));
+  EXPECT_EQ(d.select_nodes("//w:instrText[contains(., 'SEQ chapter')]").size(), 3u);
+}
+
+// Catches unselected parts, or pages the library left empty, reaching the paper.
+TEST(DocxTest, OnlySelectedPartsWithContentArePrinted) {
+  PaperRequest r;
+  r.paperType = 1;
+  r.parts = {0, 4, 6, 10};  // no body: method, results and discussion stay empty
+  MadePaper paper(r);
+  std::vector<int> parts;
+  for (const auto& s : paper.layout().sections)
+    for (const auto& p : s.pages) parts.push_back(p.page->part);
+  EXPECT_EQ(parts, (std::vector<int>{0, 4, 10}));  // the introduction holds nothing without the body
+  EXPECT_EQ(paper.layout().sections.size(), 3u);
+  EXPECT_EQ(paper.count("word/document.xml", "//w:instrText[contains(., 'TOC')]"), 0u);
+}
+
+TEST(DocxTest, WithoutHintsThereAreNoComments) {
+  PaperRequest r;
+  r.hints = false;
+  MadePaper paper(r);
+  EXPECT_EQ(paper.count("word/document.xml", "//w:commentReference"), 0u);
+  EXPECT_EQ(paper.count("[Content_Types].xml", "//*[contains(@PartName, 'comments')]"), 0u);
+}
+
+}  // namespace
+}  // namespace quillpaper

@@ -1,0 +1,196 @@
+#!/usr/bin/env python3
+"""Papers written by quillpaper, opened in LibreOffice and read back.
+
+Each paper is converted to PDF with `soffice --headless` and read page by
+page with `pdftotext`: what a reader sees is what is checked.
+"""
+import argparse
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+import zipfile
+
+QUILLPAPER = None
+
+
+def run_quillpaper(*args, cwd):
+    return subprocess.run([QUILLPAPER, *args], cwd=cwd, capture_output=True, text=True, timeout=120)
+
+
+class Rendered:
+    """A .docx converted to PDF: its pages as text."""
+
+    def __init__(self, docx, workdir):
+        profile = os.path.join(workdir, "lo-profile")
+        subprocess.run(["soffice", f"-env:UserInstallation=file://{profile}", "--headless",
+                        "--convert-to", "pdf", "--outdir", workdir, docx],
+                       check=True, capture_output=True, timeout=300)
+        self.pdf = os.path.splitext(docx)[0] + ".pdf"
+        info = subprocess.run(["pdfinfo", self.pdf], check=True, capture_output=True, text=True).stdout
+        self.count = int(re.search(r"Pages:\s+(\d+)", info).group(1))
+        self.pages = [self._page(n) for n in range(1, self.count + 1)]
+
+    def _page(self, n):
+        out = subprocess.run(["pdftotext", "-f", str(n), "-l", str(n), "-layout", self.pdf, "-"],
+                             check=True, capture_output=True, text=True).stdout
+        return [line.strip() for line in out.splitlines() if line.strip()]
+
+    def header(self, n):
+        """The first line of page n: the running head and the page number."""
+        return re.sub(r"\s+", " ", self.pages[n - 1][0])
+
+    def text(self, n):
+        return re.sub(r"\s+", " ", " ".join(self.pages[n - 1]))
+
+    def page_of(self, line):
+        """The first page with a line that is exactly `line`."""
+        for n, page in enumerate(self.pages, 1):
+            if line in page:
+                return n
+        return None
+
+
+class PaperTest(unittest.TestCase):
+    papers = {}
+
+    @classmethod
+    def setUpClass(cls):
+        cls.workdir = tempfile.mkdtemp(prefix="quillpaper-render-")
+        cls.make("thesis", "--paper-type=1", "--title=Effects of Sleep on Memory", "--author=Ann Lee",
+                 "--college=Yale University")
+        cls.make("manuscript", "--paper-type=3", "--title=Sleep and Memory", "--author=Ann Lee",
+                 "--affiliation=Yale University", "--second-author=Bo Park",
+                 "--second-affiliation=Brown University")
+        cls.make("placeholders")
+        cls.make("student", "--paper-type=0", "--title=Sleep", "--with=table of contents", "--with=appendix",
+                 "--no-hints")
+
+    @classmethod
+    def tearDownClass(cls):
+        shutil.rmtree(cls.workdir, ignore_errors=True)
+
+    @classmethod
+    def make(cls, name, *options):
+        docx = os.path.join(cls.workdir, name + ".docx")
+        result = run_quillpaper("new", docx, *options, cwd=cls.workdir)
+        if result.returncode != 0:
+            raise AssertionError(f"quillpaper new failed: {result.stderr}")
+        cls.papers[name] = Rendered(docx, cls.workdir)
+
+    # Catches a header without its label on the title page, with it later, or
+    # page numbers that do not count up.
+    def test_headers_carry_the_running_head_and_count_pages(self):
+        for name, title in (("thesis", "EFFECTS OF SLEEP ON MEMORY"), ("manuscript", "SLEEP AND MEMORY")):
+            paper = self.papers[name]
+            self.assertEqual(paper.header(1), f"Running head: {title} 1", name)
+            for n in range(2, paper.count + 1):
+                self.assertEqual(paper.header(n), f"{title} {n}", f"{name} page {n}")
+
+    def test_placeholders_fill_an_empty_paper(self):
+        paper = self.papers["placeholders"]
+        title = "DOUBLE CLICK AND SELECT ME TO ENTER AN ABBREVIATED TITLE"
+        self.assertTrue(paper.text(1).startswith(f"Running head: {title}"))
+        self.assertIn("WARNING: Your Running head is currently 70 characters long", paper.text(1))
+        for placeholder in ("[The title of your paper]", "[The primary author(s) of this paper]",
+                            "[Place], [State] [Zipcode]", "E-mail: [name@university.edu]"):
+            self.assertIn(placeholder, paper.text(1))
+        self.assertTrue(paper.header(2).startswith(title))
+
+    # Catches the page count drifting from what the sections and parts imply:
+    # a thesis puts each of its ten parts on a page of its own.
+    def test_thesis_pages(self):
+        paper = self.papers["thesis"]
+        expected = {"Table of Contents": 2, "List of Tables": 3, "List of Figures": 4, "Abstract": 5,
+                    "Introduction": 6, "Method": 7, "Results": 8, "Discussion": 9, "References": 10}
+        for heading, page in expected.items():
+            self.assertEqual(paper.page_of(heading), page, heading)
+        self.assertEqual(paper.count, 10)
+        title_page = paper.pages[0]
+        self.assertEqual(title_page[1:], ["Effects of Sleep on Memory", "Ann Lee", "Yale University"])
+        self.assertNotIn("Author Note", paper.text(1))
+        self.assertIn("Click here and type your paper. In the Introduction, you should:", paper.text(6))
+        self.assertIn("Participant (subject) characteristics", paper.text(7))
+
+    # Catches a generated list that shows nothing, or page numbers that are not
+    # where the headings really are.
+    def test_generated_lists_show_their_entries_with_true_page_numbers(self):
+        for name in ("thesis", "student"):
+            paper = self.papers[name]
+            toc = paper.page_of("Table of Contents")
+            entries = [line for line in paper.pages[toc - 1] if re.search(r"\.{3,}\s*\d+$", line)]
+            self.assertGreater(len(entries), 5, name)
+            for line in entries:
+                heading, page = re.match(r"(.*?)\.{3,}\s*(\d+)$", line).groups()
+                self.assertEqual(paper.page_of(heading.strip()), int(page), f"{name}: {line}")
+        thesis = self.papers["thesis"]
+        self.assertIn("Table 1. [Title of the table]", thesis.text(3))
+        self.assertIn("Figure 1. [Caption of the figure]", thesis.text(4))
+
+    # Catches the manuscript's title page losing its affiliations or author note,
+    # and a body that breaks pages where it should run on.
+    def test_manuscript_title_page_and_body(self):
+        paper = self.papers["manuscript"]
+        self.assertEqual(paper.pages[0][1:5], ["Sleep and Memory", "Ann Lee", "Yale University", "Bo Park"])
+        text = paper.text(1)
+        self.assertIn("Brown University Author Note", text)
+        self.assertIn("Ann Lee, Yale University; Bo Park, Brown University.", text)
+        self.assertIn("Correspondence concerning this article should be addressed to Ann Lee, Yale University,",
+                      text)
+        self.assertEqual(paper.page_of("Abstract"), 2)
+        self.assertEqual(paper.pages[2][1], "Sleep and Memory")  # the title opens the text, not "Introduction"
+        self.assertIsNone(paper.page_of("Introduction"))
+        self.assertEqual(paper.page_of("Method"), 3)  # runs on from the introduction
+        self.assertEqual(paper.page_of("References"), paper.count)
+
+    def test_without_hints(self):
+        paper = self.papers["student"]
+        whole = " ".join(paper.text(n) for n in range(1, paper.count + 1))
+        self.assertNotIn("(APA 2.0", whole)
+        self.assertEqual(paper.page_of("Appendix"), paper.count)
+        self.assertEqual(paper.pages[0][1:], ["Sleep", "[The primary author(s) of this paper]",
+                                              "[The College which grants your degree]"])
+
+
+class OutputTest(unittest.TestCase):
+    def setUp(self):
+        self.workdir = tempfile.mkdtemp(prefix="quillpaper-out-")
+
+    def tearDown(self):
+        shutil.rmtree(self.workdir, ignore_errors=True)
+
+    # Catches output that changes from run to run (timestamps, ids).
+    def test_same_input_same_bytes(self):
+        a, b = (os.path.join(self.workdir, n) for n in ("a.docx", "b.docx"))
+        for path in (a, b):
+            self.assertEqual(run_quillpaper("new", path, "--title=T", cwd=self.workdir).returncode, 0)
+        with open(a, "rb") as fa, open(b, "rb") as fb:
+            self.assertEqual(fa.read(), fb.read())
+        with zipfile.ZipFile(a) as z:
+            self.assertIsNone(z.testzip())
+
+    # Catches a half-written file, or a failure that does not say why.
+    def test_errors_say_what_was_wrong_and_write_nothing(self):
+        cases = [
+            (["new", "x.docx", "--paper-type=7"], "--paper-type must be a whole number from 0 to 3"),
+            (["new", "x.docx", "--without=conclusion"], "no section is called 'conclusion'"),
+            (["new", "x.docx", "--colour=red"], "unknown option --colour"),
+            (["new", "no/such/folder/x.docx"], "cannot write"),
+            (["frobnicate"], "unknown command"),
+        ]
+        for args, message in cases:
+            result = run_quillpaper(*args, cwd=self.workdir)
+            self.assertNotEqual(result.returncode, 0, args)
+            self.assertIn(message, result.stderr, args)
+        self.assertEqual(os.listdir(self.workdir), [])
+
+
+if __name__ == "__main__":
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--quillpaper", required=True)
+    args, rest = parser.parse_known_args()
+    QUILLPAPER = os.path.abspath(args.quillpaper)
+    unittest.main(argv=[sys.argv[0], *rest])

@@ -5,6 +5,15 @@
 #include "diagnostics/Procedure.h"
 #include "host/PaperProxies.h"
 #include "strings/StringUtility.h"
+#include "tables/TableAnova.h"
+#include "tables/TableCorrelation.h"
+#include "tables/TableHierarchRegression.h"
+#include "tables/TableLisrel.h"
+#include "tables/TableModelComparison.h"
+#include "tables/TableMultilevelModel.h"
+#include "tables/TableNoncanonical.h"
+#include "tables/TableRegression.h"
+#include "tables/TableWord.h"
 
 namespace QuillFormatAPA::DocumentBuilder {
 
@@ -565,17 +574,63 @@ void AddListOfFiguresPage(const ObjectRef& page) {
 }
 
 namespace {
-[[noreturn]] void notBuilt(const char* procedure) {
-  throw AutomationError(kInvalidProcedureCall,
-                        std::string("DocumentBuilder.") + procedure + " is not part of this build");
+
+// The table form's nine buttons, in button order (the index is the position
+// from 1). The tooltips keep their markup for the form to render; the LISREL
+// button deliberately carries the means-and-intercorrelations text.
+struct TableButton {
+  const char* caption;
+  const char* tooltip;
+  ObjectRef (*create)();
+};
+
+template <class T>
+ObjectRef makeTable() {
+  return make<T>();
 }
+
+const TableButton kTableButtons[] = {
+    {"&ANOVA (ANalysis Of VAriance)",
+     "Report the source, degrees of freedom, and <i>F</i>&nbsp; ratios. Identify statistically significant "
+     "<i>F</i>&nbsp; ratios with probability asterisks. (APA 5th edition, 3.69)",
+     makeTable<TableAnova>},
+    {"C&orrelation",
+     "Report the correlations in two groups. Use dashes for correlations of the variable with itself. (APA 5th "
+     "edition, 3.62)",
+     makeTable<TableCorrelation>},
+    {"&LISREL (LInear Structural RELations)",
+     "Present the means, standard deviations, and intercorrelations of the entire set of variables. (APA 5th "
+     "edition, 3.69)",
+     makeTable<TableLisrel>},
+    {"&Model comparison (multiple LISREL)", "Compare multiple models in LISREL analyses. (APA 5.14)",
+     makeTable<TableModelComparison>},
+    {"M&ultilevel model", "Multilevel model table. (APA 5.15)", makeTable<TableMultilevelModel>},
+    {"&Regression", "List both unstandardized and standardized coefficients. (APA 5.12)", makeTable<TableRegression>},
+    {"&Hierarchical multiple regression", "List both unstandardized and standardized coefficients. (APA 5.13)",
+     makeTable<TableHierarchRegression>},
+    {"&Word",
+     "Present qualitative comparisons or descriptive information. Word tables illustrate the discussion in the "
+     "text; they should not repeat the discussion. (APA 5.16)",
+     makeTable<TableWord>},
+    {"&Noncanonical",
+     "The judicious use of noncanonical forms can be effective but must always be motivated by the special "
+     "circumstances of the data array. (APA 5th edition, 3.62)",
+     makeTable<TableNoncanonical>},
+};
+
 }  // namespace
 
 int16_t TableFormMetaData(Array& ButtonNames, Array& ButtonTooltips) {
   return traced(kModule, "TableFormMetaData[Get]",
                 params(arg("ButtonNames", ButtonNames), arg("ButtonTooltips", ButtonTooltips)), [&](Procedure& proc) {
-                  proc.step([] { notBuilt("TableFormMetaData"); });
-                  return int16_t{0};
+                  std::vector<std::string> captions, tooltips;
+                  for (const TableButton& b : kTableButtons) {
+                    captions.emplace_back(b.caption);
+                    tooltips.emplace_back(b.tooltip);
+                  }
+                  proc.step([&] { ButtonNames = stringArray(captions); });
+                  proc.step([&] { ButtonTooltips = stringArray(tooltips); });
+                  return int16_t{1};
                 });
 }
 
@@ -583,8 +638,19 @@ ObjectRef TableTemplate(int16_t buttonClickedIndex, Array& metadata) {
   return traced(kModule, "TableTemplate[Get]",
                 params(arg("buttonClickedIndex", buttonClickedIndex), arg("metadata", metadata)),
                 [&](Procedure& proc) {
-                  proc.step([] { notBuilt("TableTemplate"); });
-                  return ObjectRef();
+                  ObjectRef table;
+                  int32_t lower = 0;
+                  proc.local("table", table);
+                  // Counted from the array's lower bound; a short array fails here, before any table is made.
+                  proc.step([&] { lower = metadata.lowerBound(); });
+                  proc.step([&] { metadata.set(lower + 6, "True"); });
+                  proc.step([&] { metadata.set(lower + 9, "True"); });
+                  proc.step([&] { metadata.set(lower + 13, "True"); });
+                  proc.step([&] { metadata.set(lower + 10, "Note."); });
+                  // Any other index is not an error: there is simply no table.
+                  if (buttonClickedIndex >= 1 && buttonClickedIndex <= 9)
+                    proc.step([&] { table = kTableButtons[buttonClickedIndex - 1].create(); });
+                  return table;
                 });
 }
 

@@ -3,6 +3,15 @@
 #include <array>
 
 #include "command/Main2.h"
+#include "tables/TableAnova.h"
+#include "tables/TableCorrelation.h"
+#include "tables/TableHierarchRegression.h"
+#include "tables/TableLisrel.h"
+#include "tables/TableModelComparison.h"
+#include "tables/TableMultilevelModel.h"
+#include "tables/TableNoncanonical.h"
+#include "tables/TableRegression.h"
+#include "tables/TableWord.h"
 #include "strings/StringUtility.h"
 
 namespace QuillFormatAPA {
@@ -14,8 +23,22 @@ struct Creatable {
   ObjectRef (*create)();
 };
 
+template <class T>
+ObjectRef create() {
+  return make<T>();
+}
+
 const std::array kClasses{
     Creatable{"QuillFormatAPA.Main2", [] { return ObjectRef(Main2::create()); }},
+    Creatable{"QuillFormatAPA.TableWord", create<TableWord>},
+    Creatable{"QuillFormatAPA.TableModelComparison", create<TableModelComparison>},
+    Creatable{"QuillFormatAPA.TableLisrel", create<TableLisrel>},
+    Creatable{"QuillFormatAPA.TableCorrelation", create<TableCorrelation>},
+    Creatable{"QuillFormatAPA.TableAnova", create<TableAnova>},
+    Creatable{"QuillFormatAPA.TableNoncanonical", create<TableNoncanonical>},
+    Creatable{"QuillFormatAPA.TableRegression", create<TableRegression>},
+    Creatable{"QuillFormatAPA.TableHierarchRegression", create<TableHierarchRegression>},
+    Creatable{"QuillFormatAPA.TableMultilevelModel", create<TableMultilevelModel>},
 };
 
 const std::array<std::string_view, kClasses.size()> kNames = [] {

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "tables/StatisticsTable.h"
+
+namespace QuillFormatAPA {
+
+class TableAnova final : public tables::StatisticsTable<TableAnova> {
+ public:
+  static const tables::TableSpec& spec();
+};
+
+}  // namespace QuillFormatAPA

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "tables/StatisticsTable.h"
+
+namespace QuillFormatAPA {
+
+class TableCorrelation final : public tables::StatisticsTable<TableCorrelation> {
+ public:
+  static const tables::TableSpec& spec();
+};
+
+}  // namespace QuillFormatAPA

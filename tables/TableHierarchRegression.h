@@ -1,0 +1,12 @@
+#pragma once
+
+#include "tables/StatisticsTable.h"
+
+namespace QuillFormatAPA {
+
+class TableHierarchRegression final : public tables::StatisticsTable<TableHierarchRegression> {
+ public:
+  static const tables::TableSpec& spec();
+};
+
+}  // namespace QuillFormatAPA

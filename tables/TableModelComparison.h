@@ -1,0 +1,12 @@
+#pragma once
+
+#include "tables/StatisticsTable.h"
+
+namespace QuillFormatAPA {
+
+class TableModelComparison final : public tables::StatisticsTable<TableModelComparison> {
+ public:
+  static const tables::TableSpec& spec();
+};
+
+}  // namespace QuillFormatAPA

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "tables/StatisticsTable.h"
+
+namespace QuillFormatAPA {
+
+class TableWord final : public tables::StatisticsTable<TableWord> {
+ public:
+  static const tables::TableSpec& spec();
+};
+
+}  // namespace QuillFormatAPA

@@ -18,6 +18,7 @@ constexpr const char* kUsage =
     "\n"
     "Commands:\n"
     "  new [FILE]     write the skeleton of an APA paper as a .docx (default paper.docx)\n"
+    "  table KIND     write one APA statistics table as a .docx (table --list shows the kinds)\n"
     "  form           print the start-up form settings (sections, title-page fields)\n"
     "\n"
     "Run 'quillpaper COMMAND --help' for the options of a command.\n"
@@ -68,6 +69,7 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
   const std::map<std::string, std::function<int(CommandLine&, std::ostream&, std::ostream&)>> commands = {
       {"form", formCommand},
       {"new", newCommand},
+      {"table", tableCommand},
   };
   auto it = commands.find(args[0]);
   if (it == commands.end()) {

@@ -14,5 +14,6 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
 // The commands, each given its own arguments.
 int newCommand(CommandLine& cl, std::ostream& out, std::ostream& err);
 int formCommand(CommandLine& cl, std::ostream& out, std::ostream& err);
+int tableCommand(CommandLine& cl, std::ostream& out, std::ostream& err);
 
 }  // namespace quillpaper

@@ -66,8 +66,30 @@ struct GeneratedList {
   int kind = 0;
 };
 
-// Statistics tables are added by the table writer; a page holds them as blocks too.
-struct TableBlock;
+// A statistics table as the library fills it: cells with their markers,
+// horizontal rules, spanners and notes.
+struct TableCell {
+  std::string text;
+  bool leftJustify = false;
+  int span = 1;          // a spanner covers this many columns
+  bool covered = false;  // inside another cell's span
+  bool ruleBelow = false;
+  bool thickRule = false;
+  bool spaceAround = false;  // a spanner with space before and after
+};
+struct TableRow {
+  std::vector<TableCell> cells;
+  bool spaceAfter = false;
+};
+struct TableBlock {
+  int number = 1;  // "Table 1"
+  std::string caption;
+  int columns = 0;
+  std::vector<TableRow> rows;
+  std::string noteLead = "Note.";
+  std::string generalNote;
+  std::vector<std::string> notes;  // the probability and specific notes, each on a line
+};
 
 using Block = std::variant<Paragraph, GeneratedList, std::shared_ptr<TableBlock>>;
 

@@ -5,6 +5,7 @@
 #include "quillpaper/Commands.h"
 #include "quillpaper/Paper.h"
 #include "quillpaper/StartupForm.h"
+#include "quillpaper/StatisticsTables.h"
 
 namespace quillpaper {
 
@@ -38,6 +39,8 @@ constexpr const char* kUsage =
     "  --with=SECTION     include a section, e.g. --with=appendix --with=\"list of tables\"\n"
     "  --without=SECTION  leave one out, e.g. --without=abstract\n"
     "  --chapters=N       start N chapters before the references (theses)\n"
+    "  --table=KIND       put a statistics table on the tables page (repeatable; see\n"
+    "                     'quillpaper table --list')\n"
     "  --no-hints         leave out the hints and sample subsections; keep the placeholders\n";
 
 std::map<std::string, std::string> fieldOptions() {
@@ -84,7 +87,17 @@ int newCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
   Session session(cl.diagnostics());
   const StartupForm form = StartupForm::load(session.main2());
   request.parts = chooseParts(cl, form, request.paperType);
+  const std::vector<std::string> tables = cl.options("table");
   cl.finish();
+  if (!tables.empty()) {
+    const std::vector<TableButton> buttons = tableButtons(session);
+    for (const std::string& kind : tables) {
+      const int index = findTableButton(buttons, kind);
+      if (index == 0) throw UsageError("no table is called '" + kind + "' (quillpaper table --list shows them)");
+      request.tables.push_back(index);
+    }
+    request.parts.insert(form.sectionIndex("Tables"));
+  }
 
   const Paper paper = makePaper(session, request);
   if (const std::string problem = session.errorSummary(); !problem.empty() &&

@@ -4,6 +4,7 @@
 #include "quillpaper/ChapterInstructions.h"
 #include "quillpaper/SettingsDictionary.h"
 #include "quillpaper/StartupForm.h"
+#include "quillpaper/StatisticsTables.h"
 #include "quillpaper/docx/DocxWriter.h"
 
 namespace quillpaper {
@@ -11,6 +12,7 @@ namespace quillpaper {
 namespace {
 
 constexpr int kReferencesPart = 10;
+constexpr int kTablesPart = 12;
 
 void execute(Session& session, std::string command, const ObjectRef& argument) {
   callByName(session.main2(), "Execute", byRef(command), argument);
@@ -32,6 +34,25 @@ void addChapters(Session& session, PaperBuilder& builder, int count) {
   }
 }
 
+// Real tables take the place of the sample on the tables page, each on a page of its own.
+void addTables(Session& session, PaperBuilder& builder, const std::vector<int>& buttons) {
+  for (auto& section : builder.document().sections) {
+    auto& pages = section->pages;
+    auto at = std::find_if(pages.begin(), pages.end(), [](const auto& p) { return p->part == kTablesPart; });
+    if (at == pages.end()) continue;
+    (*at)->blocks.clear();
+    for (size_t k = 0; k < buttons.size(); ++k) {
+      if (k > 0) {
+        auto page = std::make_shared<doc::Page>();
+        page->part = kTablesPart;
+        at = pages.insert(at + 1, page);
+      }
+      (*at)->blocks.emplace_back(buildStatisticsTable(session, buttons[k], builder.sequences().next("Table")));
+    }
+    return;
+  }
+}
+
 }  // namespace
 
 Paper makePaper(Session& session, const PaperRequest& request) {
@@ -48,6 +69,7 @@ Paper makePaper(Session& session, const PaperRequest& request) {
   paper.builder = make<PaperBuilder>(options);
   execute(session, "InitializeBuilder", paper.builder);
   if (request.chapters > 0) addChapters(session, *paper.builder, request.chapters);
+  if (!request.tables.empty()) addTables(session, *paper.builder, request.tables);
   return paper;
 }
 

@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "quillpaper/PaperBuilder.h"
 #include "quillpaper/PaperFormat.h"
@@ -18,6 +19,7 @@ struct PaperRequest {
   std::set<int> parts;                        // the selected parts 0 to 14
   bool hints = true;
   int chapters = 0;
+  std::vector<int> tables;  // table-form buttons (1 to 9) for the tables page
 };
 
 // A paper the library has laid out, ready to be written.

@@ -3,6 +3,7 @@
 
 #include "quillpaper/docx/Parts.h"
 #include "quillpaper/docx/Runs.h"
+#include "quillpaper/docx/TableWriter.h"
 #include "quillpaper/docx/Xml.h"
 
 namespace quillpaper::docx {
@@ -65,6 +66,11 @@ class BodyWriter {
       paragraph(*p, breakBefore);
     } else if (const auto* list = std::get_if<doc::GeneratedList>(&b)) {
       generatedList(list->kind, breakBefore);
+    } else if (const auto* table = std::get_if<std::shared_ptr<doc::TableBlock>>(&b)) {
+      const auto listed = layout_.bookmarks.find(table->get());
+      const bool hasBookmark = listed != layout_.bookmarks.end();
+      writeTable(body_, **table, page_, breakBefore, hasBookmark ? listed->second : "",
+                 hasBookmark ? nextBookmark_++ : 0);
     }
   }
 

@@ -27,7 +27,8 @@ std::string paperBytes(const Layout& layout, const PaperOptions& options) {
   std::vector<std::pair<std::string, std::string>> headers;  // path, xml
   for (size_t i = 0; i < layout.sections.size(); ++i) {
     const doc::Section& s = *layout.sections[i].section;
-    if (i > 0 && s.sameAsPreviousSection.value_or(false)) {
+    // A section without a page header (a lone table) has no header at all.
+    if ((i > 0 && s.sameAsPreviousSection.value_or(false)) || s.pageHeader.empty()) {
       headerIds.emplace_back();
       continue;
     }

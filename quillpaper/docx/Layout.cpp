@@ -24,11 +24,17 @@ std::string captionKind(const doc::Paragraph& p) {
 }
 
 template <class F>
-void forEachParagraph(const Layout& layout, F f) {
+void forEachBlock(const Layout& layout, F f) {
   for (const Layout::SectionRef& s : layout.sections)
     for (const Layout::PageRef& p : s.pages)
-      for (const doc::Block& b : p.page->blocks)
-        if (const auto* para = std::get_if<doc::Paragraph>(&b)) f(*para, p);
+      for (const doc::Block& b : p.page->blocks) f(b);
+}
+
+// "Table 2. Title", as a list of tables shows a table.
+std::string tableEntry(const doc::TableBlock& t) {
+  std::string caption = t.caption;
+  for (size_t at; (at = caption.find("\r\n")) != std::string::npos;) caption.replace(at, 2, " ");
+  return "Table " + std::to_string(t.number) + ". " + caption;
 }
 
 }  // namespace
@@ -40,7 +46,16 @@ void Layout::assignListEntries() {
     std::snprintf(name, sizeof name, "_Toc%08d", ++serial);
     return std::string(name);
   };
-  forEachParagraph(*this, [&](const doc::Paragraph& p, const PageRef&) {
+  forEachBlock(*this, [&](const doc::Block& b) {
+    if (const auto* table = std::get_if<std::shared_ptr<doc::TableBlock>>(&b)) {
+      const std::string name = bookmark();
+      bookmarks[table->get()] = name;
+      lists[3].push_back({1, tableEntry(**table), name, 1});
+      return;
+    }
+    const auto* para = std::get_if<doc::Paragraph>(&b);
+    if (!para) return;
+    const doc::Paragraph& p = *para;
     const int level = doc::headingLevel(p.style);
     const std::string kind = captionKind(p);
     int list = -1;
@@ -75,6 +90,12 @@ void Layout::estimatePages(int linesPerPage) {
           if (it != bookmarks.end()) pageOfBookmark[it->second] = lines + 1 > linesPerPage ? page + 1 : page;
         } else if (const auto* list = std::get_if<doc::GeneratedList>(&b)) {
           blockLines = static_cast<int>(lists[list->kind].size()) + 1;
+        } else if (const auto* table = std::get_if<std::shared_ptr<doc::TableBlock>>(&b)) {
+          // Tables are single spaced: two of their lines to a line of text.
+          const doc::TableBlock& t = **table;
+          blockLines = 2 + (static_cast<int>(t.rows.size()) + static_cast<int>(t.notes.size()) + 2) / 2;
+          auto it = bookmarks.find(table->get());
+          if (it != bookmarks.end()) pageOfBookmark[it->second] = page;
         }
         lines += blockLines;
         while (lines > linesPerPage) {

@@ -32,8 +32,8 @@ struct Layout {
   std::vector<SectionRef> sections;
   // Generated lists by kind: 0 contents, 2 figures, 3 tables.
   std::map<int, std::vector<ListEntry>> lists;
-  // The bookmark of each listed paragraph.
-  std::map<const doc::Paragraph*, std::string> bookmarks;
+  // The bookmark of each listed paragraph or table.
+  std::map<const void*, std::string> bookmarks;
   int printedPages = 0;
 
   // Lays out `document`, keeping the pages whose part `included` answers

@@ -121,6 +121,15 @@ std::string stylesXml(const PaperFormat& format, const PageGeometry& page) {
   pugi::xml_node caption = addStyle(styles, {"Caption", "caption", "paragraph", "Normal", "Normal", -1, true});
   child(pPr(caption), "w:keepNext");
 
+  // Tables: the number and title keep with the table; cells and notes are single spaced.
+  child(pPr(addStyle(styles, {"TableNumber", "Table Number", "paragraph", "Normal", "TableTitle"})), "w:keepNext");
+  child(pPr(addStyle(styles, {"TableTitle", "Table Title", "paragraph", "Normal", "Normal"})), "w:keepNext");
+  spacing(pPr(addStyle(styles, {"TableText", "Table Text"})), 0, kSingleSpacing);
+  pugi::xml_node small = addStyle(styles, {"TableTextSmall", "Table Text Small", "paragraph", "TableText"});
+  valued(rPr(small), "w:sz", "20");
+  valued(rPr(small), "w:szCs", "20");
+  spacing(pPr(addStyle(styles, {"TableNote", "Table Note"})), 0, kSingleSpacing);
+
   // Generated lists: entries with dot leaders to the page number.
   for (int level = 1; level <= 3; ++level) {
     const std::string id = "TOC" + std::to_string(level);

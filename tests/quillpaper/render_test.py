@@ -155,6 +155,105 @@ class PaperTest(unittest.TestCase):
                                               "[The College which grants your degree]"])
 
 
+class TablesTest(unittest.TestCase):
+    """The nine statistics tables, each written alone and read back."""
+
+    # A few things a reader must see in each table, markers rendered
+    # (pdftotext prints a superscript or subscript as ordinary text).
+    EXPECTED = {
+        "anova": ["Analysis of Variance for Classical Conditioning", "Source", "η", "Between subjects",
+                  "3.27**", "Note. This ANOVA table example", "*p < .05. **p < .01."],
+        "correlation": ["Intercorrelations Between", "Subscales for Students and Older Adults", "Subscale",
+                        "Students (n = 200)", "-.34", "Note. This correlation table"],
+        "lisrel": ["Factor Loadings and Uniqueness", "Unstandardized factor loading", "SI--Speech Characteristics",
+                   "Loud and explosive", "Dashes indicate the standard error was not estimated."],
+        "model-comparison": ["Fit Indices for Nested Sequence", "χ2", "χ2diff", "ΔNFI", "443.18*", "3,849.07*",
+                             "*p < .05."],
+        "multilevel-model": ["Fixed effects", "Random parameters", "(σ2a0)", "(σ2a31)", "Intercept/intercept w0",
+                             "-2*log likelihood", "38,369.7"],
+        "regression": ["Predictors of Self-Reported Moral Behavior", "Self-reported moral behavior", "Model 2",
+                       "95% CI", "ΔR2", "ΔF", "3.192**", "*p < .05., **p < .01"],
+        "hierarchical-multiple-regression": ["Source of social support and social conflict", "Mother", "Friend",
+                                             "β", ".08†", "Control variablesa", "†p < .10. *p < .05."],
+        "word": ["Inductively Developed Thematic Categories", "Characteristic Level 3 responses",
+                 "Macho privilege", "Note. This word table example is from APA 5.16, pg. 149."],
+        "noncanonical": ["Mean Numbers of Correct Responses", "Girls", "Boys", "Verbal tests",
+                         "Mathematical tests", "216b", "aNumbers of children out of 20"],
+    }
+    SIZES = {"anova": (12, 5), "correlation": (11, 5), "lisrel": (19, 4), "model-comparison": (25, 6),
+             "multilevel-model": (31, 6), "regression": (15, 5), "hierarchical-multiple-regression": (16, 9),
+             "word": (11, 4), "noncanonical": (12, 8)}
+
+    @classmethod
+    def setUpClass(cls):
+        cls.workdir = tempfile.mkdtemp(prefix="quillpaper-tables-")
+        cls.docs = {}
+        for kind in cls.EXPECTED:
+            path = os.path.join(cls.workdir, kind + ".docx")
+            result = run_quillpaper("table", kind, path, cwd=cls.workdir)
+            if result.returncode != 0:
+                raise AssertionError(result.stderr)
+            cls.docs[kind] = path
+        profile = os.path.join(cls.workdir, "lo-profile")
+        subprocess.run(["soffice", f"-env:UserInstallation=file://{profile}", "--headless", "--convert-to", "pdf",
+                        "--outdir", cls.workdir, *cls.docs.values()], check=True, capture_output=True, timeout=600)
+
+    @classmethod
+    def tearDownClass(cls):
+        shutil.rmtree(cls.workdir, ignore_errors=True)
+
+    def text(self, kind):
+        pdf = os.path.join(self.workdir, kind + ".pdf")
+        out = subprocess.run(["pdftotext", "-layout", pdf, "-"], check=True, capture_output=True, text=True).stdout
+        return re.sub(r"[ \t]+", " ", out)
+
+    # Catches a marker printed as its code word, a lost note, a caption without its number.
+    def test_each_table_reads_as_printed(self):
+        for kind, expected in self.EXPECTED.items():
+            text = self.text(kind)
+            self.assertTrue(text.lstrip().startswith("Table 1"), kind)
+            # pdftotext may set a raised character off by a blank: compare without blanks.
+            squeezed = re.sub(r"\s+", "", text)
+            for snippet in expected:
+                self.assertIn(re.sub(r"\s+", "", snippet), squeezed, f"{kind}: {snippet!r}")
+            for code in ("chi_squared", "delta_", "sigma_squared", "_dagger_", "|"):
+                self.assertNotIn(code, text, f"{kind}: {code}")
+
+    # Catches a table whose rows or columns differ from what its metadata says.
+    def test_a_caption_keeps_its_line_break(self):
+        lines = [line.strip() for line in self.text("correlation").splitlines()]
+        self.assertIn("Intercorrelations Between", lines)
+        self.assertIn("Subscales for Students and Older Adults", lines)
+
+    def test_rows_and_columns_match_the_metadata(self):
+        for kind, (rows, columns) in self.SIZES.items():
+            with zipfile.ZipFile(self.docs[kind]) as z:
+                xml = z.read("word/document.xml").decode("utf-8")
+            self.assertEqual(xml.count("<w:tr>"), rows, kind)
+            self.assertEqual(xml.count("<w:gridCol "), columns, kind)
+
+    def test_list_shows_the_nine_buttons_as_people_read_them(self):
+        result = run_quillpaper("table", "--list", cwd=self.workdir)
+        self.assertEqual(result.returncode, 0)
+        self.assertIn("ANOVA (ANalysis Of VAriance)", result.stdout)
+        self.assertIn("Report the source, degrees of freedom, and F ratios.", result.stdout)
+        self.assertNotIn("&", result.stdout)
+        self.assertNotIn("<i>", result.stdout)
+
+    def test_tables_on_the_tables_page_of_a_paper(self):
+        path = os.path.join(self.workdir, "with-tables.docx")
+        result = run_quillpaper("new", path, "--title=Sleep", "--table=anova", "--table=regression",
+                                cwd=self.workdir)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        paper = Rendered(path, self.workdir)
+        first = paper.page_of("Analysis of Variance for Classical Conditioning")
+        self.assertIsNotNone(first)
+        self.assertEqual(paper.pages[first - 1][1], "Table 1")
+        self.assertEqual(paper.page_of("Predictors of Self-Reported Moral Behavior"), first + 1)
+        self.assertEqual(paper.pages[first][1], "Table 2")
+        self.assertIsNone(paper.page_of("Table 1. Sample table caption."))
+
+
 class OutputTest(unittest.TestCase):
     def setUp(self):
         self.workdir = tempfile.mkdtemp(prefix="quillpaper-out-")
@@ -180,6 +279,8 @@ class OutputTest(unittest.TestCase):
             (["new", "x.docx", "--colour=red"], "unknown option --colour"),
             (["new", "no/such/folder/x.docx"], "cannot write"),
             (["frobnicate"], "unknown command"),
+            (["table", "pie-chart"], "no table is called 'pie-chart'"),
+            (["new", "x.docx", "--table=pie"], "no table is called 'pie'"),
         ]
         for args, message in cases:
             result = run_quillpaper(*args, cwd=self.workdir)

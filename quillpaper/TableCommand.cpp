@@ -1,0 +1,76 @@
+// quillpaper table: one APA statistics table as a .docx, or the list of them.
+#include <iostream>
+
+#include "host/CallSite.h"
+#include "quillpaper/CommandLine.h"
+#include "quillpaper/Commands.h"
+#include "quillpaper/Paper.h"
+#include "quillpaper/SettingsDictionary.h"
+#include "quillpaper/StatisticsTables.h"
+#include "quillpaper/docx/DocxWriter.h"
+
+namespace quillpaper {
+
+namespace {
+
+constexpr const char* kUsage =
+    "usage: quillpaper table KIND [OUTPUT.docx]\n"
+    "       quillpaper table --list\n"
+    "\n"
+    "Writes one of the nine sample APA statistics tables to OUTPUT.docx (default KIND.docx):\n"
+    "its number and title, the column heads, spanners and rows with horizontal rules only,\n"
+    "and its notes. KIND is the table's name as --list shows it (anova, correlation, lisrel,\n"
+    "model-comparison, multilevel-model, regression, hierarchical-multiple-regression, word,\n"
+    "noncanonical; a unique beginning will do) or its number 1 to 9.\n"
+    "'quillpaper new --table=KIND' puts tables on the tables page of a paper.\n";
+
+}  // namespace
+
+int tableCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
+  if (cl.flag("help")) {
+    out << kUsage;
+    return 0;
+  }
+  const bool list = cl.flag("list");
+  const std::vector<std::string> args = cl.positional();
+  Session session(cl.diagnostics());
+  cl.finish();
+  const std::vector<TableButton> buttons = tableButtons(session);
+  if (list) {
+    if (!args.empty()) throw UsageError("--list takes no table");
+    for (const TableButton& b : buttons) {
+      std::string line = "  " + std::to_string(b.index) + "  " + b.key;
+      line.resize(std::max<size_t>(line.size() + 2, 40), ' ');
+      out << line << b.name << "\n      " << b.help << "\n";
+    }
+    return 0;
+  }
+  if (args.empty()) throw UsageError("which table? (quillpaper table --list shows them)");
+  if (args.size() > 2) throw UsageError("unexpected argument '" + args[2] + "'");
+  const int index = findTableButton(buttons, args[0]);
+  if (index == 0) throw UsageError("no table is called '" + args[0] + "' (quillpaper table --list shows them)");
+  const std::filesystem::path output = args.size() > 1 ? args[1] : buttons[static_cast<size_t>(index - 1)].key + ".docx";
+
+  auto settings = make<SettingsDictionary>();
+  callByName(session.main2(), "getMetaData", ObjectRef(settings));
+  std::shared_ptr<doc::TableBlock> table = buildStatisticsTable(session, index, 1);
+  if (const std::string problem = session.errorSummary(); !problem.empty()) {
+    err << "quillpaper table: " << problem << "\nquillpaper table: nothing was written\n";
+    return 1;
+  }
+  doc::Document document;
+  auto section = std::make_shared<doc::Section>();
+  auto page = std::make_shared<doc::Page>();
+  page->part = -1;
+  page->blocks.emplace_back(table);
+  section->pages.push_back(page);
+  document.sections.push_back(section);
+  docx::PaperOptions options;
+  options.title = "Table 1";
+  options.format = PaperFormat::fromSettings(*settings, false);
+  docx::writePaper(docx::Layout::of(document, [](int) { return true; }), options, output);
+  out << "wrote " << output.string() << "\n";
+  return 0;
+}
+
+}  // namespace quillpaper

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "command/Main2.h"
+#include "references/Periodical.h"
 #include "tables/TableAnova.h"
 #include "tables/TableCorrelation.h"
 #include "tables/TableHierarchRegression.h"
@@ -30,6 +31,7 @@ ObjectRef create() {
 
 const std::array kClasses{
     Creatable{"QuillFormatAPA.Main2", [] { return ObjectRef(Main2::create()); }},
+    Creatable{"QuillFormatAPA.Periodical", create<Periodical>},
     Creatable{"QuillFormatAPA.TableWord", create<TableWord>},
     Creatable{"QuillFormatAPA.TableModelComparison", create<TableModelComparison>},
     Creatable{"QuillFormatAPA.TableLisrel", create<TableLisrel>},

@@ -6,6 +6,7 @@
 #include "host/CallSite.h"
 #include "host/PaperProxies.h"
 #include "host/ReferenceProxies.h"
+#include "references/Periodical.h"
 #include "strings/StringUtility.h"
 
 namespace QuillFormatAPA {
@@ -17,10 +18,10 @@ constexpr char kStyleSeparator = '\x08';
 
 ObjectRef newReferenceEntry(int16_t whichType) {
   switch (whichType) {
+    case 1: return make<Periodical>();
     case 0:
-    case 1:
     case 4:
-      throw AutomationError(kInvalidProcedureCall, "reference entries are not part of this build");
+      throw AutomationError(kInvalidProcedureCall, "this kind of reference entry is not part of this build");
     default: return ObjectRef();  // types 2 and 3 are never made here
   }
 }

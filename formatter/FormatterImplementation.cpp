@@ -7,6 +7,8 @@
 #include "host/ReferenceProxies.h"
 #include "strings/StringUtility.h"
 
+#include <algorithm>
+
 namespace QuillFormatAPA::FormatterImplementation {
 
 namespace {
@@ -294,13 +296,24 @@ void InitializeMain(const ObjectRef& Main) {
   traced(kModule, "InitializeMain", params(arg("Main", Main)), [](Procedure&) {});
 }
 
-// ---- not part of this build yet ------------------------------------------------
+// ---- reference type classification -------------------------------------------------
 
 namespace {
-[[noreturn]] void notBuilt(const char* procedure) {
-  throw AutomationError(kInvalidProcedureCall, std::string("FormatterImplementation.") + procedure +
-                                                   " is not part of this build");
+
+// The signs that settle a type on their own, tested in this order.
+constexpr std::string_view kNonPeriodicalSigns[] = {"Trans.", "(Ed.),", "Vols.", "Vol.", "Rev.", "ed.,", "Enl.",
+                                                    "Web site:"};
+constexpr std::string_view kElectronicSourceSigns[] = {", personal communication", "[Electronic mailing", "[Web log post",
+                                                       "[Web log comment", "[Online forum", "[Video file"};
+
+bool isNumeric(std::string_view text) {
+  double d = 0;
+  return parseNumber(text, d);
 }
+
+// The character at 1-based position `pos`, or "" past either end.
+std::string charAt(const std::string& text, int32_t pos) { return pos < 1 ? "" : str().mid(text, pos, 1); }
+
 }  // namespace
 
 int16_t GetReferenceType(const std::string& entry, const std::string& title, const std::string& subTitle,
@@ -309,26 +322,285 @@ int16_t GetReferenceType(const std::string& entry, const std::string& title, con
                 params(arg("entry", entry), arg("title", title), arg("subTitle", subTitle),
                        arg("controller", controller)),
                 [&](Procedure& proc) {
-                  proc.step([] { notBuilt("GetReferenceType"); });
-                  return int16_t{0};
+                  std::string copy = entry;
+                  int16_t type = 0;
+                  bool fired = false;
+                  proc.local("copy", copy);
+                  proc.local("type", type);
+                  // An identifier says nothing of the type; what stands before it does.
+                  proc.step([&] {
+                    str().cutAtMarker(copy, "doi:", true);
+                    str().trimTrailing(copy, ".");
+                  });
+                  proc.step([&] { fired = ReferenceTypeHasDistinguisingFeature(copy, type); });
+                  if (fired) return type;
+                  proc.step([&] { fired = DistinguishedByIn(copy, title, type); });
+                  if (fired) return type;
+                  proc.step([&] { fired = DistinguishedByPage(copy, type); });
+                  if (fired) return type;
+                  proc.step([&] { str().cutAtMarker(copy, "Retrieved", true); });
+                  proc.step([&] { fired = EndsWithAPage(controller, copy, type); });
+                  if (fired) return type;
+                  proc.step([&] { fired = DistinguishedByPublisher(copy, type); });
+                  if (fired) return type;
+                  // Past the author and the date: ". Title..." or, after a bracketed
+                  // description, another parenthesis first.
+                  proc.step([&] {
+                    str().dropThroughMarker(copy, ")");
+                    str().trimLeading(copy, ".", true);
+                    if (str().beginsWith(copy, "(")) {
+                      str().dropThroughMarker(copy, ")");
+                      str().trimLeading(copy, ".", true);
+                    }
+                  });
+                  bool opensWithTitle = false;
+                  proc.step([&] {
+                    opensWithTitle = (!title.empty() && str().beginsWith(copy, title)) || str().beginsWith(copy, "In ");
+                  });
+                  // "@" in the decorated title: a periodical's name follows the title.
+                  type = opensWithTitle ? (str().contains(title, "@") ? 1 : 0) : 1;
+                  return type;
                 });
 }
 
-bool ReferenceIsInFormatType(const std::string& str, std::string& title, int16_t decoratedType,
-                             const ObjectRef& controller) {
-  return traced(kModule, "ReferenceIsInFormatType",
-                params(arg("str", str), arg("title", title), arg("decoratedType", decoratedType),
-                       arg("controller", controller)),
-                [&](Procedure& proc) {
-                  proc.step([] { notBuilt("ReferenceIsInFormatType"); });
+bool ReferenceTypeHasDistinguisingFeature(const std::string& entry, int16_t& theModelType) {
+  return traced(kModule, "ReferenceTypeHasDistinguisingFeature",
+                params(arg("entry", entry), arg("theModelType", theModelType)), [&](Procedure& proc) {
+                  bool found = false;
+                  proc.step([&] {
+                    // All eight are tested; "Web site:" makes an entry non-periodical
+                    // before any electronic-source test is reached.
+                    for (std::string_view sign : kNonPeriodicalSigns) found |= str().containsFrom(entry, sign, 1);
+                  });
+                  if (found) {
+                    theModelType = 0;
+                    return true;
+                  }
+                  proc.step([&] {
+                    found = str().beginsWith(entry, "Editorial:") || str().contains(entry, "Advance online publication") ||
+                            str().contains(entry, "Abstract retrieved") || hasPeriodicalNumber(entry);
+                  });
+                  if (found) {
+                    theModelType = 1;
+                    return true;
+                  }
+                  proc.step([&] {
+                    for (std::string_view sign : kElectronicSourceSigns) found |= str().contains(entry, sign);
+                  });
+                  if (found) {
+                    theModelType = 4;
+                    return true;
+                  }
                   return false;
                 });
 }
 
-bool firstItalicizedInReferenceIsTitle(const std::string& str) {
-  return traced(kModule, "firstItalicizedInReferenceIsTitle", params(arg("str", str)), [](Procedure&) {
-    return true;
+bool hasPeriodicalNumber(const std::string& text) {
+  return traced(kModule, "hasPeriodicalNumber", params(arg("text", text)), [&](Procedure& proc) {
+    bool found = false;
+    proc.step([&] {
+      int32_t at = str().find(text, "(");
+      // An entry that opens with its parenthesis gets no answer here.
+      if (at <= 1) return;
+      for (; at > 0; at = str().find(text, "(", at + 1)) {
+        if (isNumeric(charAt(text, at - 1)) && isNumeric(charAt(text, at + 1))) {
+          found = true;
+          return;
+        }
+      }
+    });
+    return found;
   });
+}
+
+bool DistinguishedByIn(const std::string& entry, const std::string& title, int16_t& theModelType) {
+  return traced(kModule, "DistinguishedByIn",
+                params(arg("entry", entry), arg("title", title), arg("theModelType", theModelType)),
+                [&](Procedure& proc) {
+                  std::string copy = entry;
+                  bool found = false;
+                  proc.local("copy", copy);
+                  proc.step([&] { found = str().dropThroughMarker(copy, ". In "); });
+                  if (!found) return false;
+                  // An editor's initial ("In J. Smith (Ed.)") or the title: a part of a book.
+                  proc.step([&] {
+                    theModelType = (!title.empty() && str().beginsWith(copy, title)) || charAt(copy, 2) == "." ? 0 : 1;
+                  });
+                  return true;
+                });
+}
+
+bool DistinguishedByPage(const std::string& entry, int16_t& theModelType) {
+  return traced(kModule, "DistinguishedByPage", params(arg("entry", entry), arg("theModelType", theModelType)),
+                [&](Procedure& proc) {
+                  std::string copy = entry;
+                  int32_t p = 0;
+                  proc.local("copy", copy);
+                  proc.local("p", p);
+                  proc.step([&] { str().cutAtMarker(copy, "Retrieved from", false); });
+                  proc.step([&] {
+                    p = str().find(copy, ", pp.");
+                    if (p == 0) {
+                      str().dropThroughMarker(copy, "Comp.");
+                      p = str().find(copy, ", p.");
+                    }
+                  });
+                  if (p == 0) return false;
+                  // The opening parenthesis before the comma is the test, as intended.
+                  proc.step([&] { theModelType = p == 1 ? 1 : charAt(copy, p - 1) == "(" ? 0 : 1; });
+                  return true;
+                });
+}
+
+bool EndsWithAPage(const ObjectRef& controller, const std::string& entry, int16_t& theModelType) {
+  return traced(kModule, "EndsWithAPage",
+                params(arg("controller", controller), arg("entry", entry), arg("theModelType", theModelType)),
+                [&](Procedure& proc) {
+                  std::string last;
+                  bool page = false;
+                  proc.local("last", last);
+                  proc.step([&] {
+                    const std::vector<std::string> sentences = str().split(entry, ".", -1);
+                    const std::vector<std::string> pieces = str().split(sentences.back(), ",", -1);
+                    last = pieces.back();
+                  });
+                  proc.step([&] { page = host::ControllerRef(controller).DefaultOutputTemplate().isPage(last); });
+                  if (!page) return false;
+                  theModelType = 1;
+                  return true;
+                });
+}
+
+bool DistinguishedByPublisher(const std::string& entry, int16_t& theModelType) {
+  return traced(kModule, "DistinguishedByPublisher", params(arg("entry", entry), arg("theModelType", theModelType)),
+                [&](Procedure& proc) {
+                  bool found = false;
+                  proc.step([&] {
+                    if (str().contains(entry, "(in press)")) return;
+                    // Place, colon, publisher.
+                    found = str().contains(str().split(entry, ".", -1).back(), ":");
+                  });
+                  if (!found) return false;
+                  theModelType = 0;
+                  return true;
+                });
+}
+
+bool startsWithEditor(const std::string& text) {
+  return traced(kModule, "startsWithEditor", params(arg("text", text)), [&](Procedure& proc) {
+    return proc.step([&] {
+      const bool ed = str().beginsWith(text, "Ed");
+      const bool comp = str().beginsWith(text, "Comp");
+      const bool trans = str().beginsWith(text, "Trans");
+      return ed || comp || trans;
+    });
+  });
+}
+
+bool isPossibleBookDate(const std::string& text, bool isYear) {
+  return traced(kModule, "isPossibleBookDate", params(arg("text", text), arg("isYear", isYear)),
+                [&](Procedure& proc) { return proc.step([&] { return isNumeric(text) || isYear || text == "in press"; }); });
+}
+
+bool ReferenceIsInFormatType(const std::string& str_, std::string& title, int16_t decoratedType,
+                             const ObjectRef& controller) {
+  return traced(kModule, "ReferenceIsInFormatType",
+                params(arg("str", str_), arg("title", title), arg("decoratedType", decoratedType),
+                       arg("controller", controller)),
+                [&](Procedure& proc) {
+                  std::string copy = str_;
+                  bool answer = false;
+                  proc.local("copy", copy);
+                  // A quoted title and all after it are not looked at.
+                  proc.step([&] {
+                    str().cutAtMarker(copy, "\u201C", false);
+                    str().cutAtMarker(copy, "\"", false);
+                  });
+                  if (str().beginsWith(copy, "Editorial:") || str().contains(copy, "Web site: http:")) return true;
+                  std::vector<std::string> pieces;
+                  proc.step([&] {
+                    str().dropThroughMarker(copy, "(");
+                    if (startsWithEditor(copy)) str().dropThroughMarker(copy, "(");
+                    pieces = str().split(copy, ").", -1);
+                  });
+                  const host::OutputTemplateRef dates = host::ControllerRef(controller).DefaultOutputTemplate();
+                  for (std::string piece : pieces) {
+                    bool qualifies = false;
+                    proc.step([&] {
+                      str().dropThroughMarker(piece, "(");
+                      str().cutAtMarker(piece, ",", true);
+                      const bool year = dates.isYear(piece);
+                      qualifies = isPossibleBookDate(piece, year) || isDate(piece);
+                    });
+                    if (qualifies) return true;
+                  }
+                  proc.step([&] { answer = str().contains(copy, ", personal communication"); });
+                  return answer;
+                });
+}
+
+bool firstItalicizedInReferenceIsTitle(const std::string& str_) {
+  return traced(kModule, "firstItalicizedInReferenceIsTitle", params(arg("str", str_)),
+                [](Procedure&) { return true; });
+}
+
+// ---- retrieval statement --------------------------------------------------------------
+
+void parseAndRemoveWeb(std::string& str_, std::string& website, std::string& accessDate) {
+  traced(kModule, "parseAndRemoveWeb",
+         params(arg("str", str_), arg("website", website), arg("accessDate", accessDate)), [&](Procedure& proc) {
+           std::vector<std::string> parts;
+           proc.local("parts", parts);
+           proc.step([&] { parts = str().split(str_, "http://", 2); });
+           if (parts[1].empty()) {
+             proc.step([&] { parts = str().split(str_, "doi:", 2); });
+             if (!parts[1].empty()) {
+               website = str().trimmed(parts[1]);
+               str_ = parts[0];
+               return;
+             }
+             proc.step([&] { parts = str().split(str_, "Retrieved from", 2); });
+             if (parts[1].empty()) return;
+             proc.step([&] {
+               std::string address = str().trimmed(parts[1]);
+               str().stripLeading(address, "ERIC database");
+               str().stripLeading(address, ".");
+               str().stripLeading(address, "(");
+               str().stripTrailing(address, ")");
+               website = str().trimmed(address);
+               str_ = parts[0];
+             });
+             return;
+           }
+           std::string lead = str().trimmed(parts[0]);
+           proc.local("lead", lead);
+           website = str().trimmed(parts[1]);
+           if (str().length(lead) == 14) {
+             proc.step([&] { str().stripLeading(lead, "Retrieved from"); });
+           } else {
+             bool stripped = false;
+             proc.step([&] { stripped = str().stripTrailing(lead, "Retrieved from"); });
+             if (!stripped) {
+               // "Retrieved October 12, 2008, from": the date goes to accessDate.
+               proc.step([&] {
+                 const std::string kept = lead;
+                 const size_t at = lead.rfind("Retrieved");
+                 std::string rest = at == std::string::npos ? lead : lead.substr(at);
+                 str().stripLeading(rest, "Retrieved");
+                 str().stripTrailing(rest, "from");
+                 rest = str().trimmed(rest);
+                 str().trimTrailing(rest, ",", true);
+                 if (isDate(rest)) {
+                   accessDate = rest;
+                   lead = at == std::string::npos ? "" : lead.substr(0, at);
+                 } else {
+                   lead = kept;
+                 }
+               });
+             }
+           }
+           str_ = lead;
+         });
 }
 
 }  // namespace QuillFormatAPA::FormatterImplementation

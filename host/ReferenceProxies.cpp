@@ -1,5 +1,6 @@
 #include "ReferenceProxies.h"
 
+#include <memory>
 #include <vector>
 
 #include "CallSite.h"
@@ -121,6 +122,66 @@ void FormatterSettingsRef::setDisableReason(int16_t index, std::string_view v) c
 void FormatterSettingsRef::setDisableReference(int16_t index, std::string_view v) const {
   static const CallSite site("disableReference");
   site.put(o_, index, v);
+}
+
+OutputTemplateRef ControllerRef::DefaultOutputTemplate() const {
+  static const CallSite site("DefaultOutputTemplate");
+  return OutputTemplateRef(site.call(o_).toObject());
+}
+
+const char* fieldName(Field f) {
+  static const char* names[kFieldCount] = {
+      "author", "title", "publishDate", "OnlinePublishDate", "accessDate", "website", "notes", "page", "pageRange",
+      "isNewspaper", "Periodical", "periodicalType", "PeriodicalIssueType", "ArticleType", "RefersTo",
+      "RefersToType", "volume", "Number", "issue", "subwork", "subworkType", "publisher", "place", "editionBook",
+      "editorStr", "isEditor", "CompilerOrEditor", "translator", "MultiPartWork", "IsMultiVol", "BookPageRange",
+      "publicationMediumDetails", "reprint", "reprintFormatted", "pageCitation", "isPage", "isReferenceEntry",
+      "Medium", "esourceType", "Degree",
+  };
+  return names[static_cast<int>(f)];
+}
+
+namespace {
+
+// One call site per field, made once: a field costs no name lookup per call.
+const CallSite& fieldSite(Field f) {
+  static const std::vector<std::unique_ptr<CallSite>> sites = [] {
+    std::vector<std::unique_ptr<CallSite>> v;
+    for (int i = 0; i < kFieldCount; ++i) v.push_back(std::make_unique<CallSite>(fieldName(static_cast<Field>(i))));
+    return v;
+  }();
+  return *sites[static_cast<size_t>(f)];
+}
+
+}  // namespace
+
+std::string DataSourceRef::text(Field f) const { return fieldSite(f).call(o_).toString(); }
+bool DataSourceRef::flag(Field f) const { return fieldSite(f).call(o_).toBool(); }
+void DataSourceRef::set(Field f, const Variant& value) const { fieldSite(f).put(o_, value); }
+
+std::string DataSourceRef::authorStr(bool isFootnote, bool second) const {
+  static const CallSite site("authorStr");
+  return site.call(o_, isFootnote, second).toString();
+}
+
+std::string DataSourceRef::titleStr(bool isFootnote) const {
+  static const CallSite site("titleStr");
+  return site.call(o_, isFootnote).toString();
+}
+
+bool DataSourceRef::isYear(std::string_view text) const {
+  static const CallSite site("isYear");
+  return site.call(o_, text).toBool();
+}
+
+std::string DataSourceRef::parseCommon(int16_t mode, std::string& str) const {
+  static const CallSite site("parseCommon");
+  return site.call(o_, mode, byRef(str)).toString();
+}
+
+void FormattedTextRef::Add(std::string_view text, int32_t style) const {
+  static const CallSite site("Add");
+  site.call(o_, text, style);
 }
 
 void EntryRef::getMetaData(ObjectRef& formatterSettings, std::string& productName) const {

@@ -78,6 +78,61 @@ class FormatterSettingsRef {
   ObjectRef o_;
 };
 
+// The controller of a reference (the template's generic reference object as
+// the classifier sees it): its output template answers date and page tests.
+class ControllerRef {
+ public:
+  explicit ControllerRef(ObjectRef o) : o_(std::move(o)) {}
+  OutputTemplateRef DefaultOutputTemplate() const;
+
+ private:
+  ObjectRef o_;
+};
+
+// The fields of a reference that the entry classes read and write on the
+// data source, each a property of the same name.
+enum class Field {
+  author, title, publishDate, OnlinePublishDate, accessDate, website, notes, page, pageRange, isNewspaper,
+  Periodical, periodicalType, PeriodicalIssueType, ArticleType, RefersTo, RefersToType, volume, Number, issue,
+  subwork, subworkType, publisher, place, editionBook, editorStr, isEditor, CompilerOrEditor, translator,
+  MultiPartWork, IsMultiVol, BookPageRange, publicationMediumDetails, reprint, reprintFormatted, pageCitation,
+  isPage, isReferenceEntry, Medium, esourceType, Degree,
+};
+constexpr int kFieldCount = static_cast<int>(Field::Degree) + 1;
+const char* fieldName(Field f);
+
+// The template's generic reference object: the data source of an entry.
+class DataSourceRef {
+ public:
+  explicit DataSourceRef(ObjectRef o) : o_(std::move(o)) {}
+  const ObjectRef& object() const { return o_; }
+
+  std::string text(Field f) const;
+  bool flag(Field f) const;
+  void set(Field f, const Variant& value) const;
+
+  // The formatted author list; `isFootnote` for the short form.
+  std::string authorStr(bool isFootnote, bool second) const;
+  std::string titleStr(bool isFootnote) const;
+  bool isYear(std::string_view text) const;
+  // Takes the author (and the other common front parts the mode asks for)
+  // off the front of `str`; answers the author text taken.
+  std::string parseCommon(int16_t mode, std::string& str) const;
+
+ private:
+  ObjectRef o_;
+};
+
+// A formatted item: text in runs, style 0 plain and 1 italic.
+class FormattedTextRef {
+ public:
+  explicit FormattedTextRef(ObjectRef o) : o_(std::move(o)) {}
+  void Add(std::string_view text, int32_t style) const;
+
+ private:
+  ObjectRef o_;
+};
+
 // A reference-entry object (Periodical, NonPeriodical, Esource), called by name.
 class EntryRef {
  public:

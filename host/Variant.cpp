@@ -1,6 +1,8 @@
 #include "Variant.h"
 
+#include <algorithm>
 #include <cctype>
+#include <vector>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -295,6 +297,61 @@ bool operator==(const Variant& a, const Variant& b) {
     case VarType::ByRef: break;
   }
   return false;
+}
+
+}  // namespace QuillFormatAPA
+
+namespace QuillFormatAPA {
+
+namespace {
+
+bool isMonthName(std::string_view word) {
+  static const char* months[] = {"january", "february", "march",     "april",   "may",      "june",
+                                 "july",    "august",   "september", "october", "november", "december"};
+  std::string lower;
+  for (char c : word)
+    if (c != '.') lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  if (lower.size() < 3) return false;
+  for (const char* m : months)
+    if (std::string_view(m).starts_with(lower) && (lower.size() >= 3)) return true;
+  return false;
+}
+
+bool allDigits(std::string_view s) {
+  return !s.empty() && std::all_of(s.begin(), s.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+}  // namespace
+
+bool isDate(std::string_view text) noexcept {
+  // Words separated by blanks, commas, slashes, hyphens or full stops.
+  std::vector<std::string_view> words;
+  size_t i = 0;
+  while (i < text.size()) {
+    while (i < text.size() && std::string_view(" ,/-.").find(text[i]) != std::string_view::npos) ++i;
+    size_t j = i;
+    while (j < text.size() && std::string_view(" ,/-.").find(text[j]) == std::string_view::npos) ++j;
+    if (j > i) words.push_back(text.substr(i, j - i));
+    i = j;
+  }
+  if (words.size() < 2 || words.size() > 3) return false;
+  int year = 0, day = 0, month = 0, numbers = 0;
+  for (std::string_view w : words) {
+    if (isMonthName(w)) {
+      ++month;
+    } else if (allDigits(w) && w.size() == 4) {
+      ++year;
+    } else if (allDigits(w) && w.size() <= 2 && std::stoi(std::string(w)) >= 1 && std::stoi(std::string(w)) <= 31) {
+      ++numbers;
+      ++day;
+    } else {
+      return false;
+    }
+  }
+  if (year > 1 || month > 1) return false;
+  if (month == 1) return year + day >= 1 && day <= 1;
+  // All figures: a year with month and day.
+  return year == 1 && numbers == 2;
 }
 
 }  // namespace QuillFormatAPA

@@ -197,6 +197,11 @@ class QFA_API Variant {
   Storage u_;
 };
 
+// The platform's general date recognition: whether `text` reads as a date,
+// with or without a day ("1999, February 16", "February 16, 1999",
+// "16 February 1999", "2008-10-12", "10/12/2008", "October 2008").
+QFA_API bool isDate(std::string_view text) noexcept;
+
 // The platform's formatting of a double ("1.5", "1E+20", "-3").
 QFA_API std::string formatNumber(double d);
 // Parses text as the platform does where a number is needed: surrounding

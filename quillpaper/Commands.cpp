@@ -18,6 +18,7 @@ constexpr const char* kUsage =
     "\n"
     "Commands:\n"
     "  new [FILE]     write the skeleton of an APA paper as a .docx (default paper.docx)\n"
+    "  refs [FILE]    format a reference list in APA style (text, HTML, Markdown, JSON, .docx)\n"
     "  table KIND     write one APA statistics table as a .docx (table --list shows the kinds)\n"
     "  form           print the start-up form settings (sections, title-page fields)\n"
     "\n"
@@ -70,6 +71,7 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
       {"form", formCommand},
       {"new", newCommand},
       {"table", tableCommand},
+      {"refs", refsCommand},
   };
   auto it = commands.find(args[0]);
   if (it == commands.end()) {

@@ -15,5 +15,6 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
 int newCommand(CommandLine& cl, std::ostream& out, std::ostream& err);
 int formCommand(CommandLine& cl, std::ostream& out, std::ostream& err);
 int tableCommand(CommandLine& cl, std::ostream& out, std::ostream& err);
+int refsCommand(CommandLine& cl, std::ostream& out, std::ostream& err);
 
 }  // namespace quillpaper

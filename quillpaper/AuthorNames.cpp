@@ -1,0 +1,118 @@
+#include "quillpaper/AuthorNames.h"
+
+#include <cctype>
+
+#include "strings/StringUtility.h"
+
+namespace quillpaper {
+
+namespace {
+
+const QuillStrings::StringUtility& str() { return QuillStrings::strings(); }
+
+bool isUpperStart(std::string_view w) {
+  if (w.empty()) return false;
+  const unsigned char c = static_cast<unsigned char>(w[0]);
+  if (c >= 0x80) return str().upper(w.substr(0, 2)) == w.substr(0, 2);  // a capital beyond ASCII
+  return std::isupper(c) != 0;
+}
+
+// "M.", "C.-R.", "Th.", "J.-P.": an initial as APA writes it.
+bool isInitial(std::string_view w) {
+  if (w.size() < 2 || w.back() != '.' || !isUpperStart(w)) return false;
+  for (std::string_view part : str().split(w, "-", -1)) {
+    if (part.empty() || part.back() != '.' || !isUpperStart(part) || str().length(part) > 4) return false;
+  }
+  return true;
+}
+
+// What follows a family name: initials, perhaps with particles or a suffix
+// ("K. van der", "J., Jr.").
+bool isGivenPart(std::string_view token) {
+  const std::vector<std::string> words = str().split(str().trimmed(token), " ", -1);
+  if (words.empty() || !isInitial(words[0])) return false;
+  for (const std::string& w : words)
+    if (w.empty() || (!isInitial(w) && !std::islower(static_cast<unsigned char>(w[0])))) return false;
+  return true;
+}
+
+bool isSuffix(std::string_view token) {
+  const std::string t = str().trimmed(token);
+  return t == "Jr." || t == "Sr." || t == "II" || t == "III" || t == "IV";
+}
+
+}  // namespace
+
+std::vector<PersonName> parseNames(std::string_view list) {
+  std::string text = str().trimmed(list);
+  // ", & " and " & " both introduce the last name.
+  std::string joined;
+  for (size_t i = 0; i < text.size();) {
+    if (text.compare(i, 4, ", & ") == 0) {
+      joined += ", ";
+      i += 4;
+    } else if (text.compare(i, 3, " & ") == 0) {
+      joined += ", ";
+      i += 3;
+    } else {
+      joined += text[i++];
+    }
+  }
+  std::vector<std::string> tokens;
+  for (std::string t : str().split(joined, ", ", -1)) {
+    t = str().trimmed(t);
+    // The ellipsis of a shortened list stands before the last name.
+    if (str().beginsWith(t, ". . .")) t = str().trimmed(t.substr(5));
+    if (!t.empty()) tokens.push_back(t);
+  }
+  std::vector<PersonName> names;
+  for (size_t i = 0; i < tokens.size(); ++i) {
+    PersonName n;
+    n.family = tokens[i];
+    if (i + 1 < tokens.size() && isGivenPart(tokens[i + 1])) {
+      n.given = tokens[++i];
+      if (i + 1 < tokens.size() && isSuffix(tokens[i + 1])) n.given += ", " + tokens[++i];
+    }
+    names.push_back(std::move(n));
+  }
+  // A group's closing full stop belongs to the list, not to the name.
+  if (!names.empty() && names.back().given.empty()) {
+    std::string& last = names.back().family;
+    const std::vector<std::string> words = str().split(last, " ", -1);
+    if (str().endsWith(last, ".") && !isInitial(words.back())) last.pop_back();
+  }
+  return names;
+}
+
+std::string formatNames(const std::vector<PersonName>& names, const AuthorStyle& style) {
+  auto one = [](const PersonName& n) { return n.given.empty() ? n.family : n.family + ", " + n.given; };
+  if (names.empty()) return {};
+  if (names.size() == 1) return one(names[0]);
+  std::vector<std::string> shown;
+  const bool shorten = static_cast<int>(names.size()) >= style.etAlFrom && style.ellipsis;
+  if (shorten) {
+    for (int k = 0; k < style.etAlShown - 1; ++k) shown.push_back(one(names[static_cast<size_t>(k)]));
+    return str().join(shown, ", ") + ", . . . " + one(names.back());
+  }
+  for (size_t k = 0; k + 1 < names.size(); ++k) shown.push_back(one(names[k]));
+  // APA 6: a comma before the "&" even for two names.
+  return str().join(shown, ", ") + ", " + style.andSeparator + " " + one(names.back());
+}
+
+std::string initialsOf(std::string_view given) {
+  std::string out;
+  for (const std::string& word : str().split(str().trimmed(given), " ", -1)) {
+    if (word.empty()) continue;
+    if (isInitial(word) || std::islower(static_cast<unsigned char>(word[0]))) {
+      out += (out.empty() ? "" : " ") + word;
+      continue;
+    }
+    std::string initials;
+    for (const std::string& part : str().split(word, "-", -1))
+      if (!part.empty()) initials += (initials.empty() ? "" : "-") + str().left(part, 1) + ".";
+    out += (out.empty() ? "" : " ") + initials;
+  }
+  return out;
+}
+
+}  // namespace quillpaper

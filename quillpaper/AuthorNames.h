@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quillpaper {
+
+// One name of an author (or editor) list.
+struct PersonName {
+  std::string family;  // the whole name of a group author
+  std::string given;   // as written: "M. H.", "C.-R.", "K. van der"; empty for a group
+  bool operator==(const PersonName&) const = default;
+};
+
+// How an author list is written, from the author template's settings.
+struct AuthorStyle {
+  std::string andSeparator = "&";
+  int etAlFrom = 8;     // numAuthorsToTriggerEtAl: from this many names, shorten
+  int etAlShown = 7;    // numAuthorsInEtAl: names shown then, the last among them
+  bool ellipsis = true;  // etAlUsesElipses: ". . ." before the last name
+};
+
+// The names of an APA author list: "Kernis, M. H., Cornell, D. P., & Harlow, T."
+// gives three; a group author ("University of Bergen") is one name without
+// given names; ". . ." (a shortened list) is skipped.
+std::vector<PersonName> parseNames(std::string_view list);
+
+// The list in APA 6 form: "&" before the last name, up to seven names, from
+// eight on the first six, an ellipsis and the last.
+std::string formatNames(const std::vector<PersonName>& names, const AuthorStyle& style);
+
+// Given names as initials: "Lorinda L." gives "L. L.", "Jean-Paul" "J.-P.";
+// initials already written stay as they are.
+std::string initialsOf(std::string_view given);
+
+}  // namespace quillpaper

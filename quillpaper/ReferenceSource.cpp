@@ -1,0 +1,135 @@
+#include "quillpaper/ReferenceSource.h"
+
+#include <cctype>
+
+#include "quillpaper/ReferenceTests.h"
+#include "strings/StringUtility.h"
+
+namespace quillpaper {
+
+namespace {
+
+const QuillStrings::StringUtility& str() { return QuillStrings::strings(); }
+
+// Whether `content` (between parentheses) is the date of an APA reference:
+// a year, "n.d.", "in press", or a year with month, day or season.
+bool isDateGroup(std::string_view content) {
+  if (content == "n.d." || content == "in press" || content == "In press") return true;
+  if (content.size() < 4 || content.size() > 40) return false;
+  for (size_t i = 0; i < 4; ++i)
+    if (content[i] < '0' || content[i] > '9') return false;
+  return content.size() == 4 || content[4] == ',' || (content.size() == 5 && std::isalpha(static_cast<unsigned char>(content[4]))) ||
+         content[4] == '-' || content.substr(4, 3) == "\xE2\x80\x93";
+}
+
+// The position of the blank before the reference's date group, or npos.
+size_t dateGroup(std::string_view text) {
+  for (size_t at = text.find(" ("); at != std::string_view::npos; at = text.find(" (", at + 1)) {
+    const size_t close = text.find(')', at + 2);
+    if (close == std::string_view::npos) return std::string_view::npos;
+    if (close - at - 2 <= 40 && isDateGroup(text.substr(at + 2, close - at - 2))) return at;
+  }
+  return std::string_view::npos;
+}
+
+// The editor tags an author list may carry: "(Ed.)", "(Eds.)", "(Comp.)", "(Comps.)".
+std::string takeEditorTag(std::string& authors) {
+  for (const char* tag : {"(Eds.)", "(Ed.)", "(Comps.)", "(Comp.)"}) {
+    std::string t = str().trimmed(authors);
+    str().stripTrailing(t, ".");
+    if (str().stripTrailing(t, tag)) {
+      authors = str().trimmed(t);
+      return std::string(tag).substr(1, std::string(tag).size() - 2);
+    }
+  }
+  return {};
+}
+
+}  // namespace
+
+bool ReferenceSource::addressIsDoi() const { return str().beginsWith(address_, "10."); }
+
+std::string ReferenceSource::url() const {
+  if (address_.empty() || addressIsDoi() || str().contains(address_, " ")) return {};
+  return str().contains(address_, "://") ? address_ : "http://" + address_;
+}
+
+std::string ReferenceSource::retrievalStatement() const {
+  if (address_.empty()) return {};
+  if (addressIsDoi()) return "doi:" + address_;
+  const std::string where = url().empty() ? address_ : url();
+  const std::string accessDate = text("accessDate");
+  if (!accessDate.empty() && !settings_->text("accessDateFormat").empty())
+    return "Retrieved " + accessDate + ", from " + where;
+  return "Retrieved from " + where;
+}
+
+bool ReferenceSource::readComputed(const std::string& key, Variant& value) const {
+  if (key == "website") {
+    value = retrievalStatement();
+    return true;
+  }
+  if (key == "isnewspaper") {
+    value = text("periodicalType") == "Newspaper";
+    return true;
+  }
+  if (key == "defaultoutputtemplate") {
+    value = ObjectRef(tests_);
+    return true;
+  }
+  return false;
+}
+
+bool ReferenceSource::writeComputed(const std::string& key, const Variant& value) {
+  if (key == "website") {
+    address_ = str().trimmed(value.toString());
+    return true;
+  }
+  if (key == "author") {
+    // The author list as written; its names for the author string.
+    authors_ = parseNames(value.toString());
+    return false;
+  }
+  return false;
+}
+
+bool ReferenceSource::call(const std::string& name, Args& args, Variant& result) {
+  if (name == "authorstr") {
+    std::string list = formatNames(authors_, settings_->authorStyle());
+    const std::string tag = text("editorTag");
+    if (!list.empty() && !tag.empty()) list += " (" + tag + ")";
+    result = list;
+    return true;
+  }
+  if (name == "titlestr") {
+    result = text("title");
+    return true;
+  }
+  if (name == "isyear") {
+    result = isYearText(args.positional().empty() ? "" : args.positional()[0].toString());
+    return true;
+  }
+  if (name == "parsecommon") {
+    if (args.positional().size() < 2) throw AutomationError(kArgumentNotOptional, "parseCommon(mode, str)");
+    Variant& slot = args.positional()[1].deref();
+    std::string text = slot.toString();
+    result = parseCommon(text);
+    if (args.positional()[1].isByRef()) slot = text;
+    return true;
+  }
+  return false;
+}
+
+std::string ReferenceSource::parseCommon(std::string& text) {
+  std::string s = str().trimmed(text);
+  if (s.empty() || s[0] == '(' || s[0] == '[') return {};
+  const size_t at = dateGroup(s);
+  if (at == std::string::npos) return {};
+  std::string authors = s.substr(0, at);
+  setProperty("editorTag", takeEditorTag(authors));
+  setProperty("author", authors);
+  text = s.substr(at + 1);
+  return authors;
+}
+
+}  // namespace quillpaper

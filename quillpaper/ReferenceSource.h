@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "quillpaper/AuthorNames.h"
+#include "quillpaper/PropertyBag.h"
+#include "quillpaper/ReferenceFormatter.h"
+
+namespace quillpaper {
+
+// The template's generic reference object: every field of one reference as
+// a property, the common parts it parses itself (the author list), the
+// author and title strings, and, as controller, the date and page tests.
+class ReferenceSource : public PropertyBag {
+ public:
+  explicit ReferenceSource(Ref<FormatterSettings> settings) : settings_(std::move(settings)) {}
+  std::string_view typeName() const noexcept override { return "Reference"; }
+
+  const std::vector<PersonName>& authors() const { return authors_; }
+  // The address as parsed (without "doi:" or "Retrieved from").
+  const std::string& address() const { return address_; }
+  bool addressIsDoi() const;
+  // The address as a URL a browser opens ("http://" added where it was taken off).
+  std::string url() const;
+  // The retrieval statement as the reference shows it.
+  std::string retrievalStatement() const;
+
+ protected:
+  bool readComputed(const std::string& key, Variant& value) const override;
+  bool writeComputed(const std::string& key, const Variant& value) override;
+  bool call(const std::string& name, Args& args, Variant& result) override;
+
+ private:
+  std::string parseCommon(std::string& text);
+
+  Ref<FormatterSettings> settings_;
+  Ref<OutputTemplate> tests_ = make<OutputTemplate>();
+  std::vector<PersonName> authors_;
+  std::string address_;
+};
+
+}  // namespace quillpaper

@@ -1,0 +1,568 @@
+#include "references/Periodical.h"
+
+#include "formatter/FormatterImplementation.h"
+#include "strings/StringUtility.h"
+
+namespace QuillFormatAPA {
+
+using host::Field;
+using references::at;
+
+namespace {
+
+const QuillStrings::StringUtility& str() { return QuillStrings::strings(); }
+
+constexpr std::string_view kAdvanceOnline = "Advance online publication";
+
+// The periodical template, items 0 to 7: author (or the title in its place),
+// date, title, periodical, volume, issue, pages, retrieval statement. Row 3
+// carries a second set for advance online publications (a full stop, not a
+// comma, before that phrase); row 7 is closed by nothing at all.
+const references::TemplateRow kRows[] = {
+    {0, false, {"", "", ". (", ". ", ". ", ", ", ", (", ", ", ". ", "."}},
+    {1, false, {"", "(", "). ", "). ", "), ", "), (", "), ", "). ", ")."}},
+    {2, true, {"", "", ". ", ", ", ", (", ", ", ". ", "."}},
+    {3, true,
+     {references::kCheckingCondition, "", ", ", ", (", ", ", ". ", ".", "", ", ", ", (", ". ", ". ", "."}},
+    {4, true, {"", "", "(", ", ", ". ", "."}},
+    {5, false, {"", "(", "), ", "). ", ")."}},
+    {6, false, {"", "", ". ", "."}},
+    {7, false, {"", "", ""}},
+};
+
+bool startsWithDigit(std::string_view s) { return !s.empty() && s[0] >= '0' && s[0] <= '9'; }
+
+// A volume written with letters before its issue, "PC-18(1)": it ends in a
+// parenthesised number.
+bool looksLikeVolumeAndIssue(std::string_view s) {
+  const size_t open = s.rfind('(');
+  return open != std::string_view::npos && open > 0 && open + 1 < s.size() && startsWithDigit(s.substr(open + 1)) &&
+         s.find(')', open) != std::string_view::npos && s.find(' ') == std::string_view::npos;
+}
+
+// Where the article title ends in `text` (the entry after its date): the
+// earliest of the markers; the end keeps a closing bracket, "?" or "!".
+size_t titleEnd(std::string_view text) {
+  size_t end = text.size();
+  auto earliest = [&](std::string_view marker, size_t keep) {
+    for (size_t from = 0;;) {
+      const size_t p = text.find(marker, from);
+      if (p == std::string_view::npos) return;
+      // "Smith vs. Jones": a title naming two parties is not cut after "vs".
+      if (marker == ". " && p >= 2 && text.substr(p - 2, 2) == "vs") {
+        from = p + 1;
+        continue;
+      }
+      end = std::min(end, p + keep);
+      return;
+    }
+  };
+  earliest("].", 1);
+  earliest(". Retrieved from", 0);
+  earliest("Retrieved from", 0);
+  earliest(". (", 0);
+  earliest(". ", 0);
+  earliest("? ", 1);
+  earliest("! ", 1);
+  return end;
+}
+
+// Whether `source` (what follows a title) reads as a periodical: a name, then
+// a volume, an issue, a page or an advance online publication. Answers the name.
+std::string periodicalSource(std::string source) {
+  const auto& s = str();
+  s.cutAtMarker(source, "Retrieved from", true);
+  s.cutAtMarker(source, "doi:", true);
+  s.trimTrailing(source, ". ", true);
+  if (s.endsWith(source, kAdvanceOnline)) return s.trimmed(s.textLessPhrase(source, kAdvanceOnline, QuillStrings::PhrasePlace::Trailing));
+  const std::vector<std::string> parts = s.split(source, ",", -1);
+  if (parts.size() < 2) return {};
+  for (size_t k = 1; k < parts.size(); ++k) {
+    const std::string part = s.trimmed(parts[k]);
+    if (!startsWithDigit(part) && !looksLikeVolumeAndIssue(part) && !s.beginsWith(part, "p.") &&
+        !s.beginsWith(part, "pp."))
+      continue;
+    // What follows the name is one sentence: volume, issue, pages.
+    const std::string rest = s.join(std::vector<std::string>(parts.begin() + static_cast<long>(k), parts.end()), ",");
+    if (s.contains(rest, ". ")) return {};
+    return s.trimmed(s.join(std::vector<std::string>(parts.begin(), parts.begin() + static_cast<long>(k)), ","));
+  }
+  return {};
+}
+
+}  // namespace
+
+const MemberTable& Periodical::members() {
+  static const auto table =
+      ClassBuilder<Periodical>("Periodical")
+          .method<&Periodical::setDataSource>("setDataSource", {"superClass"})
+          .method<&Periodical::getMetaData>("getMetaData", {"formatterSettings", "productName"})
+          .method<&Periodical::initChecking>("initChecking", {"isFootnote", {"checkingArray", VarType::Boolean}})
+          .method<&Periodical::IsFootnoteEntry>("IsFootnoteEntry", {"author", "title", "entry"})
+          .method<&Periodical::FindTitleImpl>("FindTitleImpl", {"str", "isFootnote", "decoratedStr", "subTitle"})
+          .method<&Periodical::extractPageNumberFromFootnote>("extractPageNumberFromFootnote", {"prevFootnoteStr"})
+          .method<&Periodical::toFormattedStringImpl>(
+              "toFormattedStringImpl",
+              {"isFootnote", {"items", VarType::String}, {"formattedItems", VarType::Object}, "shortenedVersion"})
+          .method<&Periodical::parseEntry>("parseEntry", {"str", "titleStr", "isFootnote"})
+          .build();
+  return *table;
+}
+
+// ---- the entry contract -----------------------------------------------------------
+
+void Periodical::setDataSource(ObjectRef& superClass) {
+  traced(*this, "setDataSource", params(arg("superClass", superClass)),
+         [&](Procedure& proc) { proc.step([&] { super_ = superClass; }); });
+}
+
+void Periodical::getMetaData(ObjectRef& formatterSettings, std::string& productName) {
+  traced(*this, "getMetaData", params(arg("formatterSettings", formatterSettings), arg("productName", productName)),
+         [&](Procedure& proc) {
+           const host::FormatterSettingsRef settings(formatterSettings);
+           proc.step([&] { settings.setAccessDateFormat(""); });
+           proc.step([&] { settings.setHasPeriodicalPageNumbers(true); });
+           ObjectRef output;
+           proc.step([&] { output = settings.outputTemplate(); });
+           proc.step([&] { references::resetTemplate(host::OutputTemplateRef(output), 7); });
+           for (const auto& row : kRows) proc.step([&] { references::addRow(host::OutputTemplateRef(output), row); });
+           proc.step([&] {
+             FormatterImplementation::InitializeCitationTemplate(settings.citationOutputTemplate(), false, "", false);
+           });
+         });
+}
+
+void Periodical::initChecking(bool& isFootnote, Array& checkingArray) {
+  traced(*this, "initChecking", params(arg("isFootnote", isFootnote), arg("checkingArray", checkingArray)),
+         [&](Procedure& proc) {
+           proc.step([&] {
+             checkingArray.set(at(checkingArray, 3), source().text(Field::pageRange) == kAdvanceOnline);
+           });
+         });
+}
+
+bool Periodical::IsFootnoteEntry(const std::string& author, const std::string& title, const std::string& entry) {
+  // Periodical entries take no footnote forms.
+  return traced(*this, "IsFootnoteEntry", params(arg("author", author), arg("title", title), arg("entry", entry)),
+                [](Procedure&) { return false; });
+}
+
+std::string Periodical::extractPageNumberFromFootnote(std::string& prevFootnoteStr) {
+  return traced(*this, "extractPageNumberFromFootnote", params(arg("prevFootnoteStr", prevFootnoteStr)),
+                [](Procedure&) { return std::string(); });
+}
+
+std::string Periodical::FindTitleImpl(const std::string& str_, bool& isFootnote, std::string& decoratedStr,
+                                      std::string& subTitle) {
+  return traced(*this, "FindTitleImpl",
+                params(arg("str", str_), arg("isFootnote", isFootnote), arg("decoratedStr", decoratedStr),
+                       arg("subTitle", subTitle)),
+                [&](Procedure& proc) {
+                  std::string rest = str_;
+                  std::string title;
+                  proc.local("rest", rest);
+                  proc.local("title", title);
+                  proc.step([&] {
+                    // The title follows the date's closing "). ", unless the
+                    // periodical follows the date directly: then the entry has no
+                    // author and opens with its title.
+                    const size_t date = rest.find(").");
+                    const size_t open = rest.find(" (");
+                    if (date == std::string::npos) {
+                      rest = str().trimmed(rest);
+                    } else {
+                      const std::string afterDate = str().trimmed(rest.substr(date + 2));
+                      const std::string name = periodicalSource(afterDate);
+                      const bool titleFirst = !name.empty() && !str().contains(name, ". ") &&
+                                              str().beginsWith(afterDate, name) && open != std::string::npos &&
+                                              open < date;
+                      rest = titleFirst ? str().trimmed(rest.substr(0, open)) + " " + afterDate : afterDate;
+                    }
+                    title = str().trimmed(rest.substr(0, titleEnd(rest)));
+                  });
+                  proc.step([&] {
+                    // The bracketed types go with the entry, not with the title.
+                    str().removeText(title, "[Editorial]");
+                    str().removeText(title, "[Monograph]");
+                    title = str().trimmed(title);
+                  });
+                  proc.step([&] {
+                    const std::vector<std::string> parts = str().split(title, ": ", 2);
+                    subTitle = parts[1];
+                    std::string following = rest.substr(std::min(rest.size(), rest.find(title) + title.size()));
+                    str().dropThroughMarker(following, "]");
+                    str().trimLeading(following, ". ", true);
+                    const std::string name = periodicalSource(following);
+                    // "@" marks where the periodical's name begins in the decorated title.
+                    decoratedStr = name.empty() ? title : title + "@" + name;
+                  });
+                  return title;
+                });
+}
+
+void Periodical::parseEntry(std::string& str_, std::string& titleStr, bool& isFootnote) {
+  traced(*this, "parseEntry", params(arg("str", str_), arg("titleStr", titleStr), arg("isFootnote", isFootnote)),
+         [&](Procedure& proc) {
+           const host::DataSourceRef s = source();
+           bool opensWithTitle = false;
+           proc.step([&] { s.set(Field::RefersToType, "Refers to"); });
+           proc.step([&] { s.set(Field::OnlinePublishDate, ""); });
+           proc.step([&] { opensWithTitle = !titleStr.empty() && str().beginsWith(str().trimmed(str_), titleStr); });
+           if (!opensWithTitle) {
+             proc.step([&] { s.parseCommon(3, str_); });
+             proc.step([&] { parseAndRemoveDate(str_); });
+             proc.step([&] { parseAndRemoveArticleTitle(str_, titleStr); });
+           } else {
+             proc.step([&] { s.set(Field::author, ""); });
+             proc.step([&] { parseAndRemoveArticleTitle(str_, titleStr); });
+             proc.step([&] { parseAndRemoveDate(str_); });
+           }
+           proc.step([&] { s.set(Field::RefersTo, ""); });
+           proc.step([&] { s.set(Field::notes, ""); });
+           proc.step([&] { parseAndRemoveWeb(str_); });
+           proc.step([&] { parseAndRemoveJournalTitle(str_); });
+           proc.step([&] { parseAndRemoveVolumeAndNumber(str_); });
+           proc.step([&] { parseAndRemovePage(str_); });
+           bool journal = true;
+           proc.step([&] { journal = s.text(Field::periodicalType) == "Journal"; });
+           if (!journal) proc.step([&] { s.set(Field::PeriodicalIssueType, "Edition"); });
+         });
+}
+
+void Periodical::toFormattedStringImpl(bool& isFootnote, Array& items, Array& formattedItems,
+                                       bool& shortenedVersion) {
+  traced(*this, "toFormattedStringImpl",
+         params(arg("isFootnote", isFootnote), arg("items", items), arg("formattedItems", formattedItems),
+                arg("shortenedVersion", shortenedVersion)),
+         [&](Procedure& proc) {
+           const host::DataSourceRef s = source();
+           std::string authors, titleString;
+           bool titleFirst = false;
+           proc.local("authors", authors);
+           proc.local("titleString", titleString);
+           proc.step([&] { authors = s.authorStr(isFootnote, false); });
+           // With no author the title moves to the front.
+           proc.step([&] { titleFirst = authors.empty() && !s.text(Field::title).empty(); });
+           proc.step([&] { titleString = getTitleWithArticleOrIssueTypeString(); });
+           proc.step([&] { items.set(at(items, 0), titleFirst ? titleString : authors); });
+           proc.step([&] { items.set(at(items, 1), s.text(Field::publishDate)); });
+           proc.step([&] {
+             host::FormattedTextRef(formattedItems.get(at(formattedItems, 3)).toObject()).Add(s.text(Field::Periodical), 1);
+           });
+           proc.step([&] {
+             host::FormattedTextRef(formattedItems.get(at(formattedItems, 4)).toObject()).Add(getVolumeString(), 1);
+           });
+           proc.step([&] { items.set(at(items, 5), getNumberString()); });
+           proc.step([&] { items.set(at(items, 6), getPageString()); });
+           proc.step([&] { items.set(at(items, 7), getWebstring()); });
+           if (!titleFirst)
+             proc.step([&] { getTitleString(formattedItems.get(at(formattedItems, 2)).toObject(), titleString); });
+         });
+}
+
+// ---- parse steps -------------------------------------------------------------------
+
+void Periodical::parseAndRemoveDate(std::string& str_) {
+  traced(*this, "parseAndRemoveDate", params(arg("str", str_)), [&](Procedure& proc) {
+    const host::DataSourceRef s = source();
+    bool dated = false;
+    proc.step([&] {
+      str_ = str().trimmed(str_);
+      dated = str().stripLeading(str_, "(");
+    });
+    if (!dated) {
+      proc.step([&] { s.set(Field::periodicalType, "Journal"); });
+      proc.step([&] { s.set(Field::publishDate, ""); });
+      return;
+    }
+    std::vector<std::string> parts;
+    proc.local("parts", parts);
+    proc.step([&] { parts = str().split(str_, ")", 2); });
+    // A bare year (or "in press") dates a journal; a month or day, a magazine.
+    bool year = false;
+    proc.step([&] { year = parts[0] == "in press" || s.isYear(parts[0]); });
+    proc.step([&] { s.set(Field::periodicalType, year ? "Journal" : "Magazine"); });
+    proc.step([&] { s.set(Field::publishDate, parts[0]); });
+    proc.step([&] {
+      str_ = parts[1];
+      str().stripLeading(str_, ".");
+      str_ = str().trimmed(str_);
+    });
+  });
+}
+
+void Periodical::parseAndRemoveArticleTitle(std::string& str_, std::string& titleStr) {
+  traced(*this, "parseAndRemoveArticleTitle", params(arg("str", str_), arg("titleStr", titleStr)), [&](Procedure& proc) {
+    const host::DataSourceRef s = source();
+    bool bracket = false;
+    proc.step([&] { s.set(Field::issue, ""); });
+    proc.step([&] { s.set(Field::PeriodicalIssueType, "Issue type"); });
+    proc.step([&] {
+      std::vector<std::string> parts = str().split(titleStr, "[", 2);
+      if (parts[1].empty()) return;
+      bracket = true;
+      str().stripTrailing(parts[1], "]");
+      for (const char* type : {"Supplement", "Special issue", "Special section"}) {
+        if (str().contains(parts[1], type)) {
+          s.set(Field::PeriodicalIssueType, type);
+          titleStr = str().trimmed(parts[0]);
+          return;
+        }
+      }
+      if (str().contains(parts[1], "Abstract")) {
+        s.set(Field::RefersToType, "Abstract");
+        titleStr = str().trimmed(parts[0]);
+      }
+    });
+    proc.step([&] {
+      if (s.text(Field::author) == titleStr) s.set(Field::author, "");
+    });
+    if (titleStr.empty()) {
+      proc.step([&] { s.set(Field::title, ""); });
+      return;
+    }
+    proc.step([&] {
+      str().removeText(str_, titleStr);
+      str_ = str().trimmed(str_);
+    });
+    proc.step([&] {
+      if (str().stripLeading(str_, "[Editorial]"))
+        s.set(Field::ArticleType, "Editorial");
+      else if (str().stripLeading(str_, "[Monograph]"))
+        s.set(Field::ArticleType, "Monograph");
+      else
+        s.set(Field::ArticleType, "Article title");
+    });
+    proc.step([&] { s.set(Field::title, titleStr); });
+    if (bracket) proc.step([&] { str().dropThroughMarker(str_, "]"); });
+    proc.step([&] {
+      str_ = str().trimmed(str_);
+      str().stripLeading(str_, ".");
+      str_ = str().trimmed(str_);
+    });
+  });
+}
+
+void Periodical::parseAndRemoveWeb(std::string& str_) {
+  traced(*this, "parseAndRemoveWeb", params(arg("str", str_)), [&](Procedure& proc) {
+    const host::DataSourceRef s = source();
+    std::vector<std::string> parts;
+    proc.local("parts", parts);
+    proc.step([&] { parts = str().split(str_, "Abstract retrieved from", 2); });
+    if (!parts[1].empty()) {
+      proc.step([&] { s.set(Field::RefersToType, "Abstract"); });
+      proc.step([&] {
+        std::string address = str().trimmed(parts[1]);
+        str().stripLeading(address, "http://");
+        s.set(Field::website, address);
+      });
+      proc.step([&] { s.set(Field::accessDate, ""); });
+      proc.step([&] { str_ = str().trimmed(parts[0]); });
+      return;
+    }
+    std::string website, accessDate;
+    proc.step([&] { FormatterImplementation::parseAndRemoveWeb(str_, website, accessDate); });
+    proc.step([&] { s.set(Field::website, website); });
+    proc.step([&] { s.set(Field::accessDate, accessDate); });
+    proc.step([&] {
+      str_ = str().trimmed(str_);
+      str().stripLeading(str_, ".");
+      str_ = str().trimmed(str_);
+    });
+  });
+}
+
+void Periodical::parseAndRemoveJournalTitle(std::string& str_) {
+  traced(*this, "parseAndRemoveJournalTitle", params(arg("str", str_)), [&](Procedure& proc) {
+    const host::DataSourceRef s = source();
+    std::vector<std::string> parts;
+    std::string name;
+    proc.local("parts", parts);
+    proc.local("name", name);
+    proc.step([&] { s.set(Field::Periodical, ""); });
+    proc.step([&] {
+      std::string text = str().trimmed(str_);
+      str().trimTrailing(text, ".");
+      parts = str().split(text, ",", -1);
+      for (std::string& p : parts) p = str().trimmed(p);
+    });
+    if (parts.empty() || parts[0].empty()) return;
+    if (startsWithDigit(parts[0])) return;
+    bool advance = false;
+    proc.step([&] {
+      std::string first = parts[0];
+      advance = str().stripTrailing(first, kAdvanceOnline);
+      if (!advance) return;
+      str().trimTrailing(first, ". ", true);
+      s.set(Field::Periodical, first);
+      str_ = std::string(kAdvanceOnline);
+    });
+    if (advance) return;
+    name = parts[0];
+    size_t stop = parts.size();
+    for (size_t k = 1; k < parts.size(); ++k) {
+      const std::string& part = parts[k];
+      if (part.empty()) break;
+      // Names may hold commas; a number, a parenthesis or a page ends them.
+      if (startsWithDigit(part) || str().beginsWith(part, "(") || looksLikeVolumeAndIssue(part) ||
+          (k == 1 && isNewspaperPage(part))) {
+        stop = k;
+        break;
+      }
+      name += ", " + part;
+    }
+    proc.step([&] { s.set(Field::Periodical, name); });
+    proc.step([&] {
+      if (stop == parts.size()) {
+        str_.clear();
+        return;
+      }
+      str_ = str().join(std::vector<std::string>(parts.begin() + static_cast<long>(stop), parts.end()), ", ");
+    });
+  });
+}
+
+bool Periodical::isNewspaperPage(const std::string& str_) {
+  return traced(*this, "isNewspaperPage", params(arg("str", str_)), [&](Procedure&) {
+    return str().beginsWith(str_, "p.") || str().beginsWith(str_, "pp.");
+  });
+}
+
+void Periodical::parseAndRemoveVolumeAndNumber(std::string& str_) {
+  traced(*this, "parseAndRemoveVolumeAndNumber", params(arg("str", str_)), [&](Procedure& proc) {
+    const host::DataSourceRef s = source();
+    bool noVolume = false;
+    proc.step([&] { noVolume = str_ == kAdvanceOnline || isNewspaperPage(str_); });
+    if (noVolume) {
+      proc.step([&] { s.set(Field::volume, ""); });
+      proc.step([&] { s.set(Field::Number, ""); });
+      return;
+    }
+    std::vector<std::string> parts;
+    proc.local("parts", parts);
+    proc.step([&] { parts = str().split(str_, ")", 2); });
+    if (!parts[1].empty() || str().endsWith(str_, ")")) {
+      proc.step([&] {
+        std::string rest = str().trimmed(parts[1]);
+        str().stripLeading(rest, ",");
+        str_ = str().trimmed(rest);
+      });
+      proc.step([&] {
+        const std::vector<std::string> volume = str().split(parts[0], "(", 2);
+        s.set(Field::volume, str().trimmed(volume[0]));
+        s.set(Field::Number, str().trimmed(volume[1]));
+      });
+      return;
+    }
+    proc.step([&] { parts = str().split(str_, ",", 2); });
+    proc.step([&] { s.set(Field::volume, str().trimmed(parts[0])); });
+    proc.step([&] { s.set(Field::Number, ""); });
+    proc.step([&] { str_ = str().trimmed(parts[1]); });
+  });
+}
+
+void Periodical::parseAndRemovePage(std::string& str_) {
+  traced(*this, "parseAndRemovePage", params(arg("str", str_)), [&](Procedure& proc) {
+    const host::DataSourceRef s = source();
+    bool newspaper = false;
+    proc.step([&] { newspaper = str().beginsWith(str_, "pp.") || str().beginsWith(str_, "p."); });
+    if (newspaper) proc.step([&] { s.set(Field::periodicalType, "Newspaper"); });
+    proc.step([&] {
+      str().stripTrailing(str_, ".");
+      // The page builder writes its own "p." or "pp.": the parsed one goes.
+      if (newspaper && !str().stripLeading(str_, "pp.")) str().stripLeading(str_, "p.");
+      str_ = str().trimmed(str_);
+    });
+    proc.step([&] { s.set(Field::page, ""); });
+    proc.step([&] { s.set(Field::pageRange, str_); });
+  });
+}
+
+// ---- builders ----------------------------------------------------------------------
+
+std::string Periodical::getVolumeString() {
+  return traced(*this, "getVolumeString", [&](Procedure& proc) {
+    return proc.step([&] { return source().flag(Field::isNewspaper) ? std::string() : source().text(Field::volume); });
+  });
+}
+
+std::string Periodical::getNumberString() {
+  return traced(*this, "getNumberString", [&](Procedure& proc) {
+    return proc.step([&] { return source().flag(Field::isNewspaper) ? std::string() : source().text(Field::Number); });
+  });
+}
+
+std::string Periodical::getPageString() {
+  return traced(*this, "getPageString", [&](Procedure& proc) {
+    std::string pages;
+    bool newspaper = false;
+    proc.step([&] { pages = source().text(Field::pageRange); });
+    proc.step([&] { newspaper = source().flag(Field::isNewspaper); });
+    if (!newspaper || pages.empty()) return pages;
+    const bool range = str().contains(pages, "-") || str().contains(pages, "\u2013") || str().contains(pages, ",");
+    return (range ? "pp. " : "p. ") + pages;
+  });
+}
+
+std::string Periodical::getWebstring() {
+  return traced(*this, "getWebstring", [&](Procedure& proc) {
+    std::string web, refersTo;
+    proc.step([&] { web = source().text(Field::website); });
+    if (web.empty()) return web;
+    proc.step([&] { refersTo = source().text(Field::RefersToType); });
+    if (refersTo != "Abstract" && refersTo != "Abstract in") return web;
+    std::string rest = web;
+    if (str().stripLeading(rest, "Retrieved")) return "Abstract retrieved" + rest;
+    return "Abstract retrieved from " + web;
+  });
+}
+
+std::string Periodical::getTitleWithArticleOrIssueTypeString() {
+  return traced(*this, "getTitleWithArticleOrIssueTypeString", [&](Procedure& proc) {
+    const host::DataSourceRef s = source();
+    std::string title, articleType, periodicalType, issueType, website, refersTo;
+    proc.step([&] { title = s.titleStr(false); });
+    if (title.empty()) return title;
+    proc.step([&] { articleType = s.text(Field::ArticleType); });
+    if (articleType == "Editorial") return title + " [Editorial]";
+    if (articleType == "Monograph") return title + " [Monograph]";
+    proc.step([&] { periodicalType = s.text(Field::periodicalType); });
+    if (periodicalType != "Journal") return title;
+    proc.step([&] { issueType = s.text(Field::PeriodicalIssueType); });
+    if (issueType == "Refers to") return title;
+    if (issueType == "Issue type") {
+      proc.step([&] {
+        website = s.text(Field::website);
+        refersTo = s.text(Field::RefersToType);
+      });
+      const bool abstract = refersTo == "Abstract" || refersTo == "Abstract in";
+      return website.empty() && abstract ? title + " [Abstract]" : title;
+    }
+    if (issueType == "Supplement") return title + " [Supplemental material]";
+    if (issueType == "Theme") return title + " [Theme issue]";
+    if (issueType == "Abstract") return title + " [Abstract]";
+    return title + " [" + issueType + "]";
+  });
+}
+
+void Periodical::getTitleString(const ObjectRef& formattedItem, std::string title) {
+  traced(*this, "getTitleString", params(arg("formattedItem", formattedItem), arg("title", title)),
+         [&](Procedure& proc) {
+           const host::FormattedTextRef out(formattedItem);
+           bool withWebsite = false;
+           proc.step([&] { withWebsite = !source().text(Field::website).empty(); });
+           // The retrieval statement already says "Abstract retrieved".
+           if (withWebsite && str().contains(title, "[Abstract")) str().removeBracketedMarker(title, "[Abstract", true);
+           std::vector<std::string> parts = str().split(title, "(", 2);
+           if (parts[1].empty()) {
+             proc.step([&] { out.Add(title, 0); });
+             return;
+           }
+           const std::vector<std::string> inner = str().split(parts[1], ")", 2);
+           proc.step([&] { out.Add(parts[0] + " (", 0); });
+           proc.step([&] { out.Add(inner[0], 1); });
+           proc.step([&] { out.Add(") " + inner[1], 0); });
+         });
+}
+
+}  // namespace QuillFormatAPA

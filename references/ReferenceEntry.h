@@ -1,0 +1,34 @@
+#pragma once
+
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+#include "diagnostics/Procedure.h"
+#include "host/MemberTable.h"
+#include "host/ReferenceProxies.h"
+
+// What the three reference-entry classes share: the data source they keep,
+// and the registration of their output-template rows.
+namespace QuillFormatAPA::references {
+
+// The marker of a row that carries two sets of strings, chosen by initChecking.
+inline constexpr std::string_view kCheckingCondition = "=__CALLBACK_FOR_CHECKING__";
+
+// One row of an entry's output template: its item, whether the item is
+// formatted, then the condition, prefix, separators and terminator.
+struct TemplateRow {
+  int32_t item;
+  bool formatted;
+  std::initializer_list<std::string_view> strings;
+};
+
+// The entry's output template: Reset with the last item index (and the
+// class's list of texts, where it has one), then one Add per row.
+void resetTemplate(const host::OutputTemplateRef& output, int16_t lastIndex, std::string_view list = {});
+void addRow(const host::OutputTemplateRef& output, const TemplateRow& row);
+
+// A by-reference array's element `k`, counted from its lower bound.
+inline int32_t at(const Array& a, int32_t k) { return a.lowerBound() + k; }
+
+}  // namespace QuillFormatAPA::references

@@ -1,0 +1,55 @@
+#!/usr/bin/env python3
+"""Runs `quillpaper refs --format=json` over the development references and
+scores the predictions with ../shared/tools/score_references.py.
+
+    scripts/score_references.py [--quillpaper build/quillpaper] [--family 1] [score options...]
+
+Every corpus entry's APA text goes in as one line; the line numbers map the
+output back to the corpus ids.
+"""
+import argparse
+import json
+import os
+import subprocess
+import sys
+import tempfile
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+SHARED = os.path.join(HERE, "..", "..", "shared")
+
+
+def main():
+    ap = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
+    ap.add_argument("--quillpaper", default=os.path.join(HERE, "..", "build", "quillpaper"))
+    ap.add_argument("--corpus", default=os.path.join(SHARED, "data", "references-dev.jsonl"))
+    ap.add_argument("--family", type=int, help="score only the entries of this expected family")
+    ap.add_argument("--predictions", help="keep the predictions in this file")
+    args, score_args = ap.parse_known_args()
+
+    corpus = [json.loads(line) for line in open(args.corpus, encoding="utf-8") if line.strip()]
+    if args.family is not None:
+        corpus = [c for c in corpus if c["expected_family"] == args.family]
+    with tempfile.TemporaryDirectory() as tmp:
+        subset = os.path.join(tmp, "corpus.jsonl")
+        with open(subset, "w", encoding="utf-8") as f:
+            for c in corpus:
+                f.write(json.dumps(c, ensure_ascii=False) + "\n")
+        lines = os.path.join(tmp, "lines.txt")
+        with open(lines, "w", encoding="utf-8") as f:
+            for c in corpus:
+                f.write(c["apa6_text"].replace("\n", " ") + "\n")
+        out = subprocess.run([args.quillpaper, "refs", lines, "--format=json", "--on-error=ignore",
+                              "--dump-dir=" + os.path.join(tmp, "dumps")],
+                             capture_output=True, text=True, check=True).stdout
+        predictions = args.predictions or os.path.join(tmp, "predictions.jsonl")
+        with open(predictions, "w", encoding="utf-8") as f:
+            for line in out.splitlines():
+                p = json.loads(line)
+                p["id"] = corpus[p["line"] - 1]["id"]
+                f.write(json.dumps(p, ensure_ascii=False) + "\n")
+        score = os.path.join(SHARED, "tools", "score_references.py")
+        return subprocess.call([sys.executable, score, subset, predictions, *score_args])
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -355,7 +355,8 @@ int16_t GetReferenceType(const std::string& entry, const std::string& title, con
                   });
                   bool opensWithTitle = false;
                   proc.step([&] {
-                    opensWithTitle = (!title.empty() && str().beginsWith(copy, title)) || str().beginsWith(copy, "In ");
+                    // Every text begins with an empty title.
+                    opensWithTitle = str().beginsWith(copy, title) || str().beginsWith(copy, "In ");
                   });
                   // "@" in the decorated title: a periodical's name follows the title.
                   type = opensWithTitle ? (str().contains(title, "@") ? 1 : 0) : 1;

@@ -36,58 +36,87 @@ bool startsWithDigit(std::string_view s) { return !s.empty() && s[0] >= '0' && s
 // parenthesised number.
 bool looksLikeVolumeAndIssue(std::string_view s) {
   const size_t open = s.rfind('(');
-  return open != std::string_view::npos && open > 0 && open + 1 < s.size() && startsWithDigit(s.substr(open + 1)) &&
+  return open != std::string_view::npos && open + 1 < s.size() && startsWithDigit(s.substr(open + 1)) &&
          s.find(')', open) != std::string_view::npos && s.find(' ') == std::string_view::npos;
 }
 
 // Where the article title ends in `text` (the entry after its date): the
-// earliest of the markers; the end keeps a closing bracket, "?" or "!".
+// earliest of the markers outside parentheses and brackets; the end keeps a
+// closing bracket, "?" or "!".
 size_t titleEnd(std::string_view text) {
-  size_t end = text.size();
-  auto earliest = [&](std::string_view marker, size_t keep) {
-    for (size_t from = 0;;) {
-      const size_t p = text.find(marker, from);
-      if (p == std::string_view::npos) return;
-      // "Smith vs. Jones": a title naming two parties is not cut after "vs".
-      if (marker == ". " && p >= 2 && text.substr(p - 2, 2) == "vs") {
-        from = p + 1;
-        continue;
-      }
-      end = std::min(end, p + keep);
-      return;
+  int depth = 0;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c == '(' || c == '[') ++depth;
+    if ((c == ')' || c == ']') && depth > 0) {
+      --depth;
+      if (c == ']' && depth == 0 && text.substr(i + 1).starts_with(".")) return i + 1;
+      continue;
     }
-  };
-  earliest("].", 1);
-  earliest(". Retrieved from", 0);
-  earliest("Retrieved from", 0);
-  earliest(". (", 0);
-  earliest(". ", 0);
-  earliest("? ", 1);
-  earliest("! ", 1);
-  return end;
+    if (depth > 0) continue;
+    const std::string_view rest = text.substr(i);
+    if (rest.starts_with("Retrieved from")) return i;
+    if ((c == '?' || c == '!') && rest.substr(1).starts_with(" ")) return i + 1;
+    if (c == '.' && (rest.starts_with(". ") || rest.size() == 1)) {
+      // "Smith vs. Jones": a title naming two parties is not cut after "vs".
+      if (i >= 2 && text.substr(i - 2, 2) == "vs") continue;
+      return i;
+    }
+  }
+  return text.size();
+}
+
+bool isYearNumber(std::string_view s) {
+  return s.size() == 4 && startsWithDigit(s) && s >= "1500" && s <= "2100" &&
+         s.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+// Words that name periodicals rather than publishers.
+bool hasPeriodicalWord(const std::string& name) {
+  static const char* words[] = {"journal", "review", "times", "magazine", "quarterly", "news", "post", "bulletin",
+                                "gazette", "tribune", "herald", "daily", "weekly", "monthly", "annals", "letters",
+                                "transactions", "chronicle", "observer", "guardian", "telegraph", "digest", "psychologist",
+                                "quarterly", "newsletter", "courier", "globe", "register", "sun"};
+  const std::string lower = str().lower(name);
+  for (const std::string& w : str().split(lower, " ", -1)) {
+    std::string word = w;
+    str().trimTrailing(word, ".,;:'\"");
+    for (const char* p : words)
+      if (word == p) return true;
+  }
+  return false;
 }
 
 // Whether `source` (what follows a title) reads as a periodical: a name, then
-// a volume, an issue, a page or an advance online publication. Answers the name.
+// a volume, an issue, a page or an advance online publication; or a name
+// alone that names a periodical ("The Wall Street Journal"), a single sentence
+// that is neither "Place: Publisher" nor a parenthesised or "In ..." part.
+// Answers the name.
 std::string periodicalSource(std::string source) {
   const auto& s = str();
-  s.cutAtMarker(source, "Retrieved from", true);
+  s.cutAtMarker(source, "Retrieved ", true);
   s.cutAtMarker(source, "doi:", true);
   s.trimTrailing(source, ". ", true);
   if (s.endsWith(source, kAdvanceOnline)) return s.trimmed(s.textLessPhrase(source, kAdvanceOnline, QuillStrings::PhrasePlace::Trailing));
   const std::vector<std::string> parts = s.split(source, ",", -1);
-  if (parts.size() < 2) return {};
   for (size_t k = 1; k < parts.size(); ++k) {
     const std::string part = s.trimmed(parts[k]);
+    // A year closing a conference's place is no volume.
+    if (isYearNumber(part) && k + 1 == parts.size()) continue;
     if (!startsWithDigit(part) && !looksLikeVolumeAndIssue(part) && !s.beginsWith(part, "p.") &&
         !s.beginsWith(part, "pp."))
       continue;
-    // What follows the name is one sentence: volume, issue, pages.
+    // What follows the name is one sentence: volume, issue, pages (no "Place: Publisher").
     const std::string rest = s.join(std::vector<std::string>(parts.begin() + static_cast<long>(k), parts.end()), ",");
-    if (s.contains(rest, ". ")) return {};
+    if (s.contains(rest, ". ") || s.contains(rest, ":")) return {};
     return s.trimmed(s.join(std::vector<std::string>(parts.begin(), parts.begin() + static_cast<long>(k)), ","));
   }
-  return {};
+  // No number: the name alone, perhaps with an edition ("New York Times, national edition").
+  const std::string name = s.trimmed(parts[0]);
+  const bool nameAlone = !name.empty() && !s.contains(source, ". ") && !s.contains(source, ":") &&
+                         !s.beginsWith(name, "(") && !s.beginsWith(name, "[") && !s.beginsWith(name, "In ") &&
+                         hasPeriodicalWord(name);
+  return nameAlone ? name : std::string();
 }
 
 }  // namespace
@@ -158,43 +187,60 @@ std::string Periodical::FindTitleImpl(const std::string& str_, bool& isFootnote,
                 params(arg("str", str_), arg("isFootnote", isFootnote), arg("decoratedStr", decoratedStr),
                        arg("subTitle", subTitle)),
                 [&](Procedure& proc) {
-                  std::string rest = str_;
-                  std::string title;
-                  proc.local("rest", rest);
+                  std::string before, after, title, following;
+                  bool titleFirst = false;
+                  proc.local("before", before);
+                  proc.local("after", after);
                   proc.local("title", title);
                   proc.step([&] {
-                    // The title follows the date's closing "). ", unless the
-                    // periodical follows the date directly: then the entry has no
-                    // author and opens with its title.
-                    const size_t date = rest.find(").");
-                    const size_t open = rest.find(" (");
+                    // Author and date, then the title; an entry without author
+                    // opens with its title, and what follows its date is then only a
+                    // periodical, a publisher or the retrieval statement.
+                    const size_t date = references::dateGroup(str_);
                     if (date == std::string::npos) {
-                      rest = str().trimmed(rest);
-                    } else {
-                      const std::string afterDate = str().trimmed(rest.substr(date + 2));
-                      const std::string name = periodicalSource(afterDate);
-                      const bool titleFirst = !name.empty() && !str().contains(name, ". ") &&
-                                              str().beginsWith(afterDate, name) && open != std::string::npos &&
-                                              open < date;
-                      rest = titleFirst ? str().trimmed(rest.substr(0, open)) + " " + afterDate : afterDate;
+                      after = str().trimmed(str_);
+                      return;
                     }
-                    title = str().trimmed(rest.substr(0, titleEnd(rest)));
+                    before = str().trimmed(str_.substr(0, date));
+                    const size_t close = str_.find(')', date + 2);
+                    after = str().trimmed(str_.substr(close + 1));
+                    str().stripLeading(after, ".");
+                    after = str().trimmed(after);
+                    std::string main = after;
+                    str().cutAtMarker(main, "Retrieved ", true);
+                    str().cutAtMarker(main, "doi:", true);
+                    const std::string name = periodicalSource(main);
+                    titleFirst = main.empty() || (!name.empty() && !str().contains(name, ". ") &&
+                                                  str().beginsWith(main, name));
                   });
                   proc.step([&] {
+                    const std::string& from = titleFirst ? before : after;
+                    title = str().trimmed(from.substr(0, titleEnd(from)));
+                    // A title that runs to the end of its sentence loses the full stop.
+                    if (titleEnd(from) == from.size()) str().stripTrailing(title, ".");
+                    following = titleFirst ? after : after.substr(std::min(after.size(), title.size()));
                     // The bracketed types go with the entry, not with the title.
                     str().removeText(title, "[Editorial]");
                     str().removeText(title, "[Monograph]");
                     title = str().trimmed(title);
                   });
                   proc.step([&] {
-                    const std::vector<std::string> parts = str().split(title, ": ", 2);
-                    subTitle = parts[1];
-                    std::string following = rest.substr(std::min(rest.size(), rest.find(title) + title.size()));
+                    subTitle = str().split(title, ": ", 2)[1];
                     str().dropThroughMarker(following, "]");
                     str().trimLeading(following, ". ", true);
-                    const std::string name = periodicalSource(following);
-                    // "@" marks where the periodical's name begins in the decorated title.
-                    decoratedStr = name.empty() ? title : title + "@" + name;
+                    // The decorated title is what stands where a reader looks for the
+                    // title after the date: the title itself ("" when the entry opens
+                    // with it), the book after "In " in a chapter, and "@" with the
+                    // periodical's name when one follows.
+                    const std::string name = periodicalSource(titleFirst ? after : following);
+                    std::string shown = titleFirst ? std::string() : str().split(title, "@", 2)[0];
+                    std::string inBook = str_;
+                    if (str().dropThroughMarker(inBook, ". In ")) {
+                      if (str().contains(inBook, "), ")) str().dropThroughMarker(inBook, "), ");
+                      shown = str().trimmed(inBook.substr(0, titleEnd(inBook)));
+                      str().stripTrailing(shown, ".");
+                    }
+                    decoratedStr = name.empty() ? shown : shown + "@" + name;
                   });
                   return title;
                 });

@@ -4,6 +4,31 @@
 
 namespace QuillFormatAPA::references {
 
+namespace {
+
+bool isDateContent(std::string_view content) {
+  if (content == "n.d." || content == "in press" || content == "In press") return true;
+  if (content.size() < 4 || content.size() > 40) return false;
+  for (size_t i = 0; i < 4; ++i)
+    if (content[i] < '0' || content[i] > '9') return false;
+  if (content.size() == 4) return true;
+  // A year with a letter, a month, a day, a season or a range of years.
+  const char next = content[4];
+  return next == ',' || next == '-' || (content.size() == 5 && next >= 'a' && next <= 'z') ||
+         content.substr(4).starts_with("\u2013");
+}
+
+}  // namespace
+
+size_t dateGroup(std::string_view text) {
+  for (size_t at = text.find(" ("); at != std::string_view::npos; at = text.find(" (", at + 1)) {
+    const size_t close = text.find(')', at + 2);
+    if (close == std::string_view::npos) return std::string_view::npos;
+    if (close - at - 2 <= 40 && isDateContent(text.substr(at + 2, close - at - 2))) return at;
+  }
+  return std::string_view::npos;
+}
+
 void resetTemplate(const host::OutputTemplateRef& output, int16_t lastIndex, std::string_view list) {
   std::vector<Variant> positional{Variant(lastIndex)};
   if (!list.empty()) positional.push_back(Variant::borrow(list));

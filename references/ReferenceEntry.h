@@ -28,6 +28,11 @@ struct TemplateRow {
 void resetTemplate(const host::OutputTemplateRef& output, int16_t lastIndex, std::string_view list = {});
 void addRow(const host::OutputTemplateRef& output, const TemplateRow& row);
 
+// Where the date of an APA reference stands: the position of the blank before
+// its parenthesis (" (1993)", " (2006, December 10)", " (n.d.)", " (in press)"),
+// or npos.
+size_t dateGroup(std::string_view text);
+
 // A by-reference array's element `k`, counted from its lower bound.
 inline int32_t at(const Array& a, int32_t k) { return a.lowerBound() + k; }
 

@@ -32,12 +32,12 @@ const references::TemplateRow kRows[] = {
 
 bool startsWithDigit(std::string_view s) { return !s.empty() && s[0] >= '0' && s[0] <= '9'; }
 
-// A volume written with letters before its issue, "PC-18(1)": it ends in a
-// parenthesised number.
+// A volume written with letters before its issue, "PC-18(1)" or "Special
+// issue D(1)": a short part ending in a parenthesised number.
 bool looksLikeVolumeAndIssue(std::string_view s) {
   const size_t open = s.rfind('(');
   return open != std::string_view::npos && open + 1 < s.size() && startsWithDigit(s.substr(open + 1)) &&
-         s.find(')', open) != std::string_view::npos && s.find(' ') == std::string_view::npos;
+         s.find(')', open) != std::string_view::npos && s.size() <= 24;
 }
 
 // Where the article title ends in `text` (the entry after its date): the

@@ -38,7 +38,7 @@ bool isGivenPart(std::string_view token) {
 
 bool isSuffix(std::string_view token) {
   const std::string t = str().trimmed(token);
-  return t == "Jr." || t == "Sr." || t == "II" || t == "III" || t == "IV";
+  return t == "Jr." || t == "Sr." || t == "II" || t == "III" || t == "IV" || t == "II." || t == "III." || t == "IV.";
 }
 
 }  // namespace
@@ -63,6 +63,7 @@ std::vector<PersonName> parseNames(std::string_view list) {
     t = str().trimmed(t);
     // The ellipsis of a shortened list stands before the last name.
     if (str().beginsWith(t, ". . .")) t = str().trimmed(t.substr(5));
+    if (str().beginsWith(t, "\u2026")) t = str().trimmed(t.substr(3));
     if (!t.empty()) tokens.push_back(t);
   }
   std::vector<PersonName> names;
@@ -92,7 +93,7 @@ std::string formatNames(const std::vector<PersonName>& names, const AuthorStyle&
   const bool shorten = static_cast<int>(names.size()) >= style.etAlFrom && style.ellipsis;
   if (shorten) {
     for (int k = 0; k < style.etAlShown - 1; ++k) shown.push_back(one(names[static_cast<size_t>(k)]));
-    return str().join(shown, ", ") + ", . . . " + one(names.back());
+    return str().join(shown, ", ") + ", \u2026 " + one(names.back());
   }
   for (size_t k = 0; k + 1 < names.size(); ++k) shown.push_back(one(names[k]));
   // APA 6: a comma before the "&" even for two names.

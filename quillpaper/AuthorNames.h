@@ -18,7 +18,7 @@ struct AuthorStyle {
   std::string andSeparator = "&";
   int etAlFrom = 8;     // numAuthorsToTriggerEtAl: from this many names, shorten
   int etAlShown = 7;    // numAuthorsInEtAl: names shown then, the last among them
-  bool ellipsis = true;  // etAlUsesElipses: ". . ." before the last name
+  bool ellipsis = true;  // etAlUsesElipses: "…" before the last name
 };
 
 // The names of an APA author list: "Kernis, M. H., Cornell, D. P., & Harlow, T."

@@ -66,6 +66,28 @@ size_t titleEnd(std::string_view text) {
   return text.size();
 }
 
+// Where the sentences of `text` begin, after the first: past ". ", "? ",
+// "! " (a closing quotation mark may come between), outside parentheses.
+std::vector<size_t> sentenceStarts(std::string_view text) {
+  std::vector<size_t> starts;
+  int depth = 0;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c == '(' || c == '[') ++depth;
+    if ((c == ')' || c == ']') && depth > 0) --depth;
+    if (depth > 0 || (c != '.' && c != '?' && c != '!')) continue;
+    size_t j = i + 1;
+    if (text.substr(j).starts_with("\u201D")) j += 3;
+    if (j < text.size() && text[j] == ' ') {
+      if (c == '.' && i >= 2 && text.substr(i - 2, 2) == "vs") continue;
+      starts.push_back(j + 1);
+    }
+  }
+  return starts;
+}
+
+bool isOneSentence(std::string_view text) { return sentenceStarts(text).empty(); }
+
 bool isYearNumber(std::string_view s) {
   return s.size() == 4 && startsWithDigit(s) && s >= "1500" && s <= "2100" &&
          s.find_first_not_of("0123456789") == std::string_view::npos;
@@ -107,13 +129,17 @@ std::string periodicalSource(std::string source) {
         !s.beginsWith(part, "pp."))
       continue;
     // What follows the name is one sentence: volume, issue, pages (no "Place: Publisher").
-    const std::string rest = s.join(std::vector<std::string>(parts.begin() + static_cast<long>(k), parts.end()), ",");
+    std::string rest = s.join(std::vector<std::string>(parts.begin() + static_cast<long>(k), parts.end()), ",");
+    while (s.removeText(rest, "pp. ") || s.removeText(rest, "p. ")) {
+    }
     if (s.contains(rest, ". ") || s.contains(rest, ":")) return {};
-    return s.trimmed(s.join(std::vector<std::string>(parts.begin(), parts.begin() + static_cast<long>(k)), ","));
+    const std::string name =
+        s.trimmed(s.join(std::vector<std::string>(parts.begin(), parts.begin() + static_cast<long>(k)), ","));
+    return isOneSentence(name) ? name : std::string();
   }
   // No number: the name alone, perhaps with an edition ("New York Times, national edition").
   const std::string name = s.trimmed(parts[0]);
-  const bool nameAlone = !name.empty() && !s.contains(source, ". ") && !s.contains(source, ":") &&
+  const bool nameAlone = !name.empty() && isOneSentence(source) && !s.contains(source, ":") &&
                          !s.beginsWith(name, "(") && !s.beginsWith(name, "[") && !s.beginsWith(name, "In ") &&
                          hasPeriodicalWord(name);
   return nameAlone ? name : std::string();
@@ -187,52 +213,59 @@ std::string Periodical::FindTitleImpl(const std::string& str_, bool& isFootnote,
                 params(arg("str", str_), arg("isFootnote", isFootnote), arg("decoratedStr", decoratedStr),
                        arg("subTitle", subTitle)),
                 [&](Procedure& proc) {
-                  std::string before, after, title, following;
-                  bool titleFirst = false;
+                  std::string before, main, title, name;
+                  size_t source = std::string::npos;
                   proc.local("before", before);
-                  proc.local("after", after);
+                  proc.local("main", main);
                   proc.local("title", title);
                   proc.step([&] {
-                    // Author and date, then the title; an entry without author
-                    // opens with its title, and what follows its date is then only a
-                    // periodical, a publisher or the retrieval statement.
+                    // Author and date, then the title up to the periodical's name (the
+                    // last sentence that reads as one). An entry without author opens
+                    // with its title; what follows its date is then only a periodical,
+                    // a publisher or the retrieval statement.
                     const size_t date = references::dateGroup(str_);
-                    if (date == std::string::npos) {
-                      after = str().trimmed(str_);
-                      return;
+                    std::string after = str_;
+                    if (date != std::string::npos) {
+                      before = str().trimmed(str_.substr(0, date));
+                      after = str_.substr(str_.find(')', date + 2) + 1);
+                      str().stripLeading(after, ".");
                     }
-                    before = str().trimmed(str_.substr(0, date));
-                    const size_t close = str_.find(')', date + 2);
-                    after = str().trimmed(str_.substr(close + 1));
-                    str().stripLeading(after, ".");
-                    after = str().trimmed(after);
-                    std::string main = after;
+                    main = str().trimmed(after);
                     str().cutAtMarker(main, "Retrieved ", true);
                     str().cutAtMarker(main, "doi:", true);
-                    const std::string name = periodicalSource(main);
-                    titleFirst = main.empty() || (!name.empty() && !str().contains(name, ". ") &&
-                                                  str().beginsWith(main, name));
+                    std::vector<size_t> starts = sentenceStarts(main);
+                    starts.insert(starts.begin(), 0);
+                    for (auto it = starts.rbegin(); it != starts.rend(); ++it) {
+                      const std::string candidate = main.substr(*it);
+                      const std::string found = periodicalSource(candidate);
+                      if (!found.empty() && str().beginsWith(candidate, found)) {
+                        source = *it;
+                        name = found;
+                        break;
+                      }
+                    }
                   });
+                  const bool titleFirst = !before.empty() && (main.empty() || source == 0);
                   proc.step([&] {
-                    const std::string& from = titleFirst ? before : after;
-                    title = str().trimmed(from.substr(0, titleEnd(from)));
-                    // A title that runs to the end of its sentence loses the full stop.
-                    if (titleEnd(from) == from.size()) str().stripTrailing(title, ".");
-                    following = titleFirst ? after : after.substr(std::min(after.size(), title.size()));
-                    // The bracketed types go with the entry, not with the title.
+                    if (titleFirst) {
+                      title = str().trimmed(before.substr(0, titleEnd(before)));
+                    } else if (source != std::string::npos) {
+                      title = str().trimmed(main.substr(0, source));
+                    } else {
+                      title = str().trimmed(main.substr(0, titleEnd(main)));
+                    }
+                    // The sentence's full stop is not the title's; "?" and "!" are.
+                    str().stripTrailing(title, ".");
                     str().removeText(title, "[Editorial]");
                     str().removeText(title, "[Monograph]");
                     title = str().trimmed(title);
                   });
                   proc.step([&] {
                     subTitle = str().split(title, ": ", 2)[1];
-                    str().dropThroughMarker(following, "]");
-                    str().trimLeading(following, ". ", true);
                     // The decorated title is what stands where a reader looks for the
                     // title after the date: the title itself ("" when the entry opens
                     // with it), the book after "In " in a chapter, and "@" with the
                     // periodical's name when one follows.
-                    const std::string name = periodicalSource(titleFirst ? after : following);
                     std::string shown = titleFirst ? std::string() : str().split(title, "@", 2)[0];
                     std::string inBook = str_;
                     if (str().dropThroughMarker(inBook, ". In ")) {
@@ -501,6 +534,14 @@ void Periodical::parseAndRemoveVolumeAndNumber(std::string& str_) {
       return;
     }
     proc.step([&] { parts = str().split(str_, ",", 2); });
+    // A range with nothing after it is the pages of an issue without volume.
+    const bool pagesOnly = parts[1].empty() && (str().contains(parts[0], "\u2013") || str().contains(parts[0], "-")) &&
+                           startsWithDigit(str().trimmed(parts[0]));
+    if (pagesOnly) {
+      proc.step([&] { s.set(Field::volume, ""); });
+      proc.step([&] { s.set(Field::Number, ""); });
+      return;
+    }
     proc.step([&] { s.set(Field::volume, str().trimmed(parts[0])); });
     proc.step([&] { s.set(Field::Number, ""); });
     proc.step([&] { str_ = str().trimmed(parts[1]); });

@@ -1,5 +1,6 @@
 #include "quillpaper/AuthorNames.h"
 
+#include <algorithm>
 #include <cctype>
 
 #include "strings/StringUtility.h"
@@ -43,7 +44,8 @@ bool isSuffix(std::string_view token) {
 
 }  // namespace
 
-std::vector<PersonName> parseNames(std::string_view list) {
+std::vector<PersonName> parseNames(std::string_view list, bool* shortened) {
+  if (shortened) *shortened = false;
   std::string text = str().trimmed(list);
   // ", & " and " & " both introduce the last name.
   std::string joined;
@@ -62,8 +64,11 @@ std::vector<PersonName> parseNames(std::string_view list) {
   for (std::string t : str().split(joined, ", ", -1)) {
     t = str().trimmed(t);
     // The ellipsis of a shortened list stands before the last name.
-    if (str().beginsWith(t, ". . .")) t = str().trimmed(t.substr(5));
-    if (str().beginsWith(t, "\u2026")) t = str().trimmed(t.substr(3));
+    const bool ellipsis = str().beginsWith(t, ". . .") || str().beginsWith(t, "\u2026");
+    if (ellipsis) {
+      t = str().trimmed(t.substr(str().beginsWith(t, ". . .") ? 5 : 3));
+      if (shortened) *shortened = true;
+    }
     if (!t.empty()) tokens.push_back(t);
   }
   std::vector<PersonName> names;
@@ -85,14 +90,15 @@ std::vector<PersonName> parseNames(std::string_view list) {
   return names;
 }
 
-std::string formatNames(const std::vector<PersonName>& names, const AuthorStyle& style) {
+std::string formatNames(const std::vector<PersonName>& names, const AuthorStyle& style, bool shortened) {
   auto one = [](const PersonName& n) { return n.given.empty() ? n.family : n.family + ", " + n.given; };
   if (names.empty()) return {};
   if (names.size() == 1) return one(names[0]);
   std::vector<std::string> shown;
-  const bool shorten = static_cast<int>(names.size()) >= style.etAlFrom && style.ellipsis;
+  const bool shorten = (static_cast<int>(names.size()) >= style.etAlFrom || shortened) && style.ellipsis;
   if (shorten) {
-    for (int k = 0; k < style.etAlShown - 1; ++k) shown.push_back(one(names[static_cast<size_t>(k)]));
+    const size_t first = std::min(names.size() - 1, static_cast<size_t>(std::max(1, style.etAlShown - 1)));
+    for (size_t k = 0; k < first; ++k) shown.push_back(one(names[k]));
     return str().join(shown, ", ") + ", \u2026 " + one(names.back());
   }
   for (size_t k = 0; k + 1 < names.size(); ++k) shown.push_back(one(names[k]));

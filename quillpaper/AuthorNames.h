@@ -24,11 +24,14 @@ struct AuthorStyle {
 // The names of an APA author list: "Kernis, M. H., Cornell, D. P., & Harlow, T."
 // gives three; a group author ("University of Bergen") is one name without
 // given names; ". . ." (a shortened list) is skipped.
-std::vector<PersonName> parseNames(std::string_view list);
+// `shortened` (when given) tells whether the list was written shortened, with
+// an ellipsis before its last name.
+std::vector<PersonName> parseNames(std::string_view list, bool* shortened = nullptr);
 
 // The list in APA 6 form: "&" before the last name, up to seven names, from
-// eight on the first six, an ellipsis and the last.
-std::string formatNames(const std::vector<PersonName>& names, const AuthorStyle& style);
+// eight on the first six, an ellipsis and the last. A list known only in its
+// shortened form (`shortened`) keeps its ellipsis.
+std::string formatNames(const std::vector<PersonName>& names, const AuthorStyle& style, bool shortened = false);
 
 // Given names as initials: "Lorinda L." gives "L. L.", "Jean-Paul" "J.-P.";
 // initials already written stay as they are.

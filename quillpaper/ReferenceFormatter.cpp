@@ -36,7 +36,9 @@ void appendSeparator(std::vector<TextRun>& runs, std::string_view separator) {
     }
   }
   if (first == '.' && !runs.empty()) {
-    const std::string& t = runs.back().text;
+    std::string_view t = runs.back().text;
+    // A closing quotation mark may follow the item's own punctuation: “… works!”
+    if (t.ends_with("\u201D") || t.ends_with("\"")) t.remove_suffix(t.ends_with("\"") ? 1 : 3);
     if (!t.empty() && (t.back() == '.' || t.back() == '?' || t.back() == '!')) separator.remove_prefix(1);
   }
   appendRun(runs, std::string(separator), false);

@@ -65,9 +65,9 @@ FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
   r.input = std::string(entry);
   const size_t errorsBefore = session_.service().errors().size();
   auto settings = make<FormatterSettings>();
-  auto source = make<ReferenceSource>(settings);
   const ObjectRef main2 = session_.main2();
   std::string text = tidyEntry(entry);
+  auto source = make<ReferenceSource>(settings, text);
   if (text.empty()) {
     r.problems.push_back("the entry is empty");
     return r;

@@ -51,7 +51,10 @@ bool ReferenceSource::addressIsDoi() const { return str().beginsWith(address_, "
 
 std::string ReferenceSource::url() const {
   if (address_.empty() || addressIsDoi() || str().contains(address_, " ")) return {};
-  return str().contains(address_, "://") ? address_ : "http://" + address_;
+  // The parser takes "http://" off; an address typed without it stays so.
+  if (str().contains(address_, "://") || (!str().contains(entry_, "http://" + address_) && str().contains(entry_, address_)))
+    return address_;
+  return "http://" + address_;
 }
 
 std::string ReferenceSource::retrievalStatement() const {
@@ -87,7 +90,7 @@ bool ReferenceSource::writeComputed(const std::string& key, const Variant& value
   }
   if (key == "author") {
     // The author list as written; its names for the author string.
-    authors_ = parseNames(value.toString());
+    authors_ = parseNames(value.toString(), &authorsShortened_);
     return false;
   }
   return false;
@@ -95,7 +98,7 @@ bool ReferenceSource::writeComputed(const std::string& key, const Variant& value
 
 bool ReferenceSource::call(const std::string& name, Args& args, Variant& result) {
   if (name == "authorstr") {
-    std::string list = formatNames(authors_, settings_->authorStyle());
+    std::string list = formatNames(authors_, settings_->authorStyle(), authorsShortened_);
     const std::string tag = text("editorTag");
     if (!list.empty() && !tag.empty()) list += " (" + tag + ")";
     result = list;

@@ -14,7 +14,9 @@ namespace quillpaper {
 // author and title strings, and, as controller, the date and page tests.
 class ReferenceSource : public PropertyBag {
  public:
-  explicit ReferenceSource(Ref<FormatterSettings> settings) : settings_(std::move(settings)) {}
+  // `entry`: the reference as typed, to which the parsed parts are compared.
+  ReferenceSource(Ref<FormatterSettings> settings, std::string entry)
+      : settings_(std::move(settings)), entry_(std::move(entry)) {}
   std::string_view typeName() const noexcept override { return "Reference"; }
 
   const std::vector<PersonName>& authors() const { return authors_; }
@@ -36,7 +38,9 @@ class ReferenceSource : public PropertyBag {
 
   Ref<FormatterSettings> settings_;
   Ref<OutputTemplate> tests_ = make<OutputTemplate>();
+  std::string entry_;
   std::vector<PersonName> authors_;
+  bool authorsShortened_ = false;
   std::string address_;
 };
 

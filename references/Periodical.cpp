@@ -645,10 +645,14 @@ void Periodical::getTitleString(const ObjectRef& formattedItem, std::string titl
              proc.step([&] { out.Add(title, 0); });
              return;
            }
+           // The parenthesised part in italics; the blanks around it stay as the
+           // title has them.
            const std::vector<std::string> inner = str().split(parts[1], ")", 2);
-           proc.step([&] { out.Add(parts[0] + " (", 0); });
+           std::string lead = parts[0];
+           while (!lead.empty() && lead.back() == ' ') lead.pop_back();
+           proc.step([&] { out.Add(lead + " (", 0); });
            proc.step([&] { out.Add(inner[0], 1); });
-           proc.step([&] { out.Add(") " + inner[1], 0); });
+           proc.step([&] { out.Add(")" + inner[1], 0); });
          });
 }
 

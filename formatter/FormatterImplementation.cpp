@@ -563,10 +563,12 @@ void parseAndRemoveWeb(std::string& str_, std::string& website, std::string& acc
              proc.step([&] { parts = str().split(str_, "Retrieved from", 2); });
              if (parts[1].empty()) return;
              proc.step([&] {
+               // Each strip takes its text off what the one before left, blanks aside.
                std::string address = str().trimmed(parts[1]);
-               str().stripLeading(address, "ERIC database");
-               str().stripLeading(address, ".");
-               str().stripLeading(address, "(");
+               for (const char* lead : {"ERIC database", ".", "("}) {
+                 str().stripLeading(address, lead);
+                 address = str().trimmed(address);
+               }
                str().stripTrailing(address, ")");
                website = str().trimmed(address);
                str_ = parts[0];

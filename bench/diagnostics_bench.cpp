@@ -15,11 +15,11 @@ namespace {
 class NoopService : public Dispatchable<NoopService> {
  public:
   static const MemberTable& members() {
-    static const auto table = ClassBuilder<NoopService>("NoopService")
+    static const MemberTable& table = ClassBuilder<NoopService>("NoopService")
                                   .method<&NoopService::vbwProcIn>("vbwProcIn", {"name", "parameterText"})
                                   .method<&NoopService::vbwProcOut>("vbwProcOut")
                                   .build();
-    return *table;
+    return table;
   }
   void vbwProcIn(const Variant&, const Variant&) {}
   void vbwProcOut() {}
@@ -28,8 +28,8 @@ class NoopService : public Dispatchable<NoopService> {
 class Bridge : public Dispatchable<Bridge> {
  public:
   static const MemberTable& members() {
-    static const auto table = ClassBuilder<Bridge>("Bridge").get<&Bridge::ErrorParams>("ErrorParams").build();
-    return *table;
+    static const MemberTable& table = ClassBuilder<Bridge>("Bridge").get<&Bridge::ErrorParams>("ErrorParams").build();
+    return table;
   }
   ObjectRef ErrorParams() { return service; }
   ObjectRef service = make<NoopService>();
@@ -38,8 +38,8 @@ class Bridge : public Dispatchable<Bridge> {
 class Counter : public Dispatchable<Counter> {
  public:
   static const MemberTable& members() {
-    static const auto table = ClassBuilder<Counter>("Counter").method<&Counter::add>("add", {"n"}).build();
-    return *table;
+    static const MemberTable& table = ClassBuilder<Counter>("Counter").method<&Counter::add>("add", {"n"}).build();
+    return table;
   }
   int32_t add(int32_t n) { return total += n; }
   int32_t total = 0;

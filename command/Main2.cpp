@@ -29,7 +29,7 @@ ObjectRef newReferenceEntry(int16_t whichType) {
 }  // namespace
 
 const MemberTable& Main2::members() {
-  static const auto table =
+  static const MemberTable& table =
       ClassBuilder<Main2>("Main2")
           .method<&Main2::Execute>("Execute", {"command", optional("theParam")})
           .get<&Main2::ReferenceBuilder>("ReferenceBuilder", {"whichType", "formatterSettings", "productName"})
@@ -60,7 +60,7 @@ const MemberTable& Main2::members() {
                                           {{"ButtonNames", VarType::String}, {"ButtonTooltips", VarType::String}})
           .get<&Main2::TableTemplate>("TableTemplate", {"buttonClickedIndex", {"metadata", VarType::String}})
           .build();
-  return *table;
+  return table;
 }
 
 Ref<Main2> Main2::create() {

@@ -28,7 +28,7 @@ std::string environment(const char* name) {
 class App : public Dispatchable<App> {
  public:
   static const MemberTable& members() {
-    static const auto table = ClassBuilder<App>("App")
+    static const MemberTable& table = ClassBuilder<App>("App")
                                   .get<&App::Title>("Title")
                                   .get<&App::EXEName>("EXEName")
                                   .get<&App::Path>("Path")
@@ -37,7 +37,7 @@ class App : public Dispatchable<App> {
                                   .get<&App::Revision>("Revision")
                                   .get<&App::ThreadID>("ThreadID")
                                   .build();
-    return *table;
+    return table;
   }
   std::string Title() const { return "QuillFormatAPA"; }
   std::string EXEName() const { return "QuillFormatAPA"; }
@@ -58,13 +58,13 @@ class App : public Dispatchable<App> {
 class Err : public Dispatchable<Err> {
  public:
   static const MemberTable& members() {
-    static const auto table = ClassBuilder<Err>("ErrObject")
+    static const MemberTable& table = ClassBuilder<Err>("ErrObject")
                                   .get<&Err::Number>("Number")
                                   .get<&Err::Description>("Description")
                                   .get<&Err::Source>("Source")
                                   .get<&Err::LastDllError>("LastDllError")
                                   .build();
-    return *table;
+    return table;
   }
   int32_t Number() const { return vbwProtector::currentError().number(); }
   std::string Description() const { return vbwProtector::currentError().description(); }
@@ -75,13 +75,13 @@ class Err : public Dispatchable<Err> {
 class Screen : public Dispatchable<Screen> {
  public:
   static const MemberTable& members() {
-    static const auto table = ClassBuilder<Screen>("Screen")
+    static const MemberTable& table = ClassBuilder<Screen>("Screen")
                                   .get<&Screen::DisplayName>("DisplayName")
                                   .get<&Screen::Available>("Available")
                                   .get<&Screen::TwipsPerPixelX>("TwipsPerPixelX")
                                   .get<&Screen::TwipsPerPixelY>("TwipsPerPixelY")
                                   .build();
-    return *table;
+    return table;
   }
   // A library sees only what the environment names; a headless host has none.
   std::string DisplayName() const {
@@ -96,11 +96,11 @@ class Screen : public Dispatchable<Screen> {
 class Printer : public Dispatchable<Printer> {
  public:
   static const MemberTable& members() {
-    static const auto table = ClassBuilder<Printer>("Printer")
+    static const MemberTable& table = ClassBuilder<Printer>("Printer")
                                   .get<&Printer::DeviceName>("DeviceName")
                                   .get<&Printer::Available>("Available")
                                   .build();
-    return *table;
+    return table;
   }
   std::string DeviceName() const {
     const std::string printer = environment("PRINTER");

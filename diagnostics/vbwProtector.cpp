@@ -46,12 +46,22 @@ bool commandLineAsksForTrace() {
 
 }  // namespace
 
+namespace {
+// Set once the thread's state is gone: objects released while a thread (or
+// the process) ends may still trace.
+thread_local bool stateGone = false;
+}  // namespace
+
 // The start-up of a thread: the switch decides parameter tracing only.
 ThreadState::ThreadState() : vbwTraceParameters(readTraceSwitch()) {}
+ThreadState::~ThreadState() { stateGone = true; }
 
 ThreadState& threadState() {
   thread_local ThreadState s;
-  return s;
+  if (!stateGone) return s;
+  // After the end: a state of its own, never destroyed.
+  thread_local ThreadState* afterlife = new ThreadState;
+  return *afterlife;
 }
 
 bool vbwTraceProc() { return threadState().vbwTraceProc; }

@@ -23,6 +23,7 @@ inline constexpr std::string_view kBridgeClass = "QuillPaperDot.BridgeToVB";
 // The state of the calling thread; the first use on a thread runs its start-up.
 struct ThreadState {
   ThreadState();
+  ~ThreadState();
   bool vbwTraceProc = true;        // entry and exit are always traced
   bool vbwTraceParameters = false;  // parameter texts only with the trace switch on
   ObjectRef mErrorParams;           // the service, once looked up

@@ -370,9 +370,9 @@ class ClassBuilder {
     return *this;
   }
 
-  std::unique_ptr<MemberTable> build() {
-    return std::make_unique<MemberTable>(std::move(className_), std::move(members_));
-  }
+  // The table lives as long as the process: objects may still be released
+  // (and dispatch) while static objects are being destroyed.
+  const MemberTable& build() { return *new MemberTable(std::move(className_), std::move(members_)); }
 
  private:
   template <auto M>

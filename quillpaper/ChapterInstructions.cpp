@@ -5,14 +5,14 @@
 namespace quillpaper {
 
 const MemberTable& ChapterInstructions::members() {
-  static const auto table = ClassBuilder<ChapterInstructions>("InstructionBuilder")
+  static const MemberTable& table = ClassBuilder<ChapterInstructions>("InstructionBuilder")
                                 .method<&ChapterInstructions::addStyle>("addStyle", {"name"})
                                 .method<&ChapterInstructions::addText>("addText", {"text"})
                                 .method<&ChapterInstructions::AddAutoNumber>("AddAutoNumber", {"sequence"})
                                 .method<&ChapterInstructions::addOneClick>("addOneClick", {"text"})
                                 .method<&ChapterInstructions::addCarriageReturns>("addCarriageReturns", {"count"})
                                 .build();
-  return *table;
+  return table;
 }
 
 void ChapterInstructions::addStyle(const std::string& name) { writer_.setStyle(doc::styleNamed(name)); }

@@ -35,7 +35,7 @@ std::string timestamp() {
 }  // namespace
 
 const MemberTable& DiagnosticsService::members() {
-  static const auto table =
+  static const MemberTable& table =
       ClassBuilder<DiagnosticsService>("ErrorParams")
           .method<&DiagnosticsService::vbwProcIn>("vbwProcIn", {"name", "parameterText"})
           .method<&DiagnosticsService::vbwProcOut>("vbwProcOut")
@@ -50,7 +50,7 @@ const MemberTable& DiagnosticsService::members() {
           .method<&DiagnosticsService::vbwAfterDump>("vbwAfterDump")
           .method<&DiagnosticsService::vbwExitThread>("vbwExitThread", {"flag"})
           .build();
-  return *table;
+  return table;
 }
 
 DiagnosticsService::DiagnosticsService(Options options) : options_(std::move(options)) {
@@ -182,9 +182,9 @@ int32_t DiagnosticsService::ask() const {
 void DiagnosticsService::vbwExitThread(bool) { stack_.clear(); }
 
 const MemberTable& BridgeToVB::members() {
-  static const auto table =
+  static const MemberTable& table =
       ClassBuilder<BridgeToVB>("BridgeToVB").get<&BridgeToVB::ErrorParams>("ErrorParams").build();
-  return *table;
+  return table;
 }
 
 ServiceRegistration::ServiceRegistration(const ObjectRef& service) {

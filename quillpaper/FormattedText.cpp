@@ -17,9 +17,9 @@ std::string plainText(const std::vector<TextRun>& runs) {
 }
 
 const MemberTable& FormattedText::members() {
-  static const auto table =
+  static const MemberTable& table =
       ClassBuilder<FormattedText>("FormattedText").method<&FormattedText::Add>("Add", {"text", "style"}).build();
-  return *table;
+  return table;
 }
 
 void FormattedText::Add(const std::string& text, int32_t style) {

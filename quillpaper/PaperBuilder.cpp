@@ -5,7 +5,7 @@
 namespace quillpaper {
 
 const MemberTable& PaperBuilder::members() {
-  static const auto table =
+  static const MemberTable& table =
       ClassBuilder<PaperBuilder>("DocumentBuilder")
           .get<&PaperBuilder::outputTemplate>("outputTemplate")
           .method<&PaperBuilder::AddSection>(
@@ -14,7 +14,7 @@ const MemberTable& PaperBuilder::members() {
           .get<&PaperBuilder::UserConfigurationValue>("UserConfigurationValue", {"key"})
           .get<&PaperBuilder::PaperType>("PaperType")
           .build();
-  return *table;
+  return table;
 }
 
 ObjectRef PaperBuilder::AddSection(int32_t firstPart, int32_t lastPart, const std::optional<std::string>& pageHeader,

@@ -5,7 +5,7 @@
 namespace quillpaper {
 
 const MemberTable& PaperPage::members() {
-  static const auto table =
+  static const MemberTable& table =
       ClassBuilder<PaperPage>("Page")
           .method<&PaperPage::addStyle>("addStyle", {"name"})
           .method<&PaperPage::addText>("addText", {"text"})
@@ -20,7 +20,7 @@ const MemberTable& PaperPage::members() {
           .method<&PaperPage::AddCaption>("AddCaption", {"kind"})
           .method<&PaperPage::AddSection>("AddSection", {"heading", "hint", optional("outputTemplate", true)})
           .build();
-  return *table;
+  return table;
 }
 
 void PaperPage::addStyle(const std::string& name) { writer_.setStyle(doc::styleNamed(name)); }

@@ -6,8 +6,8 @@
 namespace quillpaper {
 
 const MemberTable& PaperSection::members() {
-  static const auto table = ClassBuilder<PaperSection>("Section").method<&PaperSection::addPage>("addPage").build();
-  return *table;
+  static const MemberTable& table = ClassBuilder<PaperSection>("Section").method<&PaperSection::addPage>("addPage").build();
+  return table;
 }
 
 ObjectRef PaperSection::addPage() {

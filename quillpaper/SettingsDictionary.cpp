@@ -3,13 +3,13 @@
 namespace quillpaper {
 
 const MemberTable& SettingsDictionary::members() {
-  static const auto table = ClassBuilder<SettingsDictionary>("Dictionary")
+  static const MemberTable& table = ClassBuilder<SettingsDictionary>("Dictionary")
                                 .method<&SettingsDictionary::Add>("Add", {"key", "item"})
                                 .method<&SettingsDictionary::Exists>("Exists", {"key"})
                                 .property<&SettingsDictionary::Item, &SettingsDictionary::setItem>("Item", {"key"})
                                 .get<&SettingsDictionary::Count>("Count")
                                 .build();
-  return *table;
+  return table;
 }
 
 SettingsDictionary::Key SettingsDictionary::keyOf(const Variant& key) {

@@ -7,7 +7,7 @@
 namespace quillpaper {
 
 const MemberTable& WordTable::members() {
-  static const auto table =
+  static const MemberTable& table =
       ClassBuilder<WordTable>("Table")
           .method<&WordTable::TypeIntoSelectedCell>("TypeIntoSelectedCell", {"cells"})
           .method<&WordTable::TypeIntoSelectedCellLeftJustify>("TypeIntoSelectedCellLeftJustify", {"cells"})
@@ -19,7 +19,7 @@ const MemberTable& WordTable::members() {
                                                          optional("underline", false)})
           .method<&WordTable::AddTableNote>("AddTableNote", {"text", optional("generalNote", false)})
           .build();
-  return *table;
+  return table;
 }
 
 WordTable::WordTable(int rows, int columns) : block_(std::make_shared<doc::TableBlock>()) {

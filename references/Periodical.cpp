@@ -148,7 +148,7 @@ std::string periodicalSource(std::string source) {
 }  // namespace
 
 const MemberTable& Periodical::members() {
-  static const auto table =
+  static const MemberTable& table =
       ClassBuilder<Periodical>("Periodical")
           .method<&Periodical::setDataSource>("setDataSource", {"superClass"})
           .method<&Periodical::getMetaData>("getMetaData", {"formatterSettings", "productName"})
@@ -161,7 +161,7 @@ const MemberTable& Periodical::members() {
               {"isFootnote", {"items", VarType::String}, {"formattedItems", VarType::Object}, "shortenedVersion"})
           .method<&Periodical::parseEntry>("parseEntry", {"str", "titleStr", "isFootnote"})
           .build();
-  return *table;
+  return table;
 }
 
 // ---- the entry contract -----------------------------------------------------------

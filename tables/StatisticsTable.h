@@ -89,13 +89,13 @@ template <class Derived>
 class StatisticsTable : public Dispatchable<Derived>, public Module {
  public:
   static const MemberTable& members() {
-    static const auto table = ClassBuilder<Derived>(std::string(Derived::spec().className))
+    static const MemberTable& table = ClassBuilder<Derived>(std::string(Derived::spec().className))
                                   .template method<&StatisticsTable::initTableSpecificMetadata>(
                                       "initTableSpecificMetadata", {{"metadata", VarType::String}})
                                   .template method<&StatisticsTable::AddRow>("AddRow", {"row", "Table"})
                                   .template method<&StatisticsTable::AddTableNotes>("AddTableNotes", {"Table"})
                                   .build();
-    return *table;
+    return table;
   }
   std::string_view moduleName() const noexcept override { return Derived::spec().className; }
 

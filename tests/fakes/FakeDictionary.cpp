@@ -3,13 +3,13 @@
 namespace QuillFormatAPA::fakes {
 
 const MemberTable& FakeDictionary::members() {
-  static const auto table = ClassBuilder<FakeDictionary>("Dictionary")
+  static const MemberTable& table = ClassBuilder<FakeDictionary>("Dictionary")
                                 .method<&FakeDictionary::Add>("Add", {"key", "item"})
                                 .method<&FakeDictionary::Exists>("Exists", {"key"})
                                 .property<&FakeDictionary::Item, &FakeDictionary::setItem>("Item", {"key"})
                                 .get<&FakeDictionary::Count>("Count")
                                 .build();
-  return *table;
+  return table;
 }
 
 bool FakeDictionary::sameKey(const Variant& a, const Variant& b) {

@@ -19,7 +19,7 @@ std::string describe(const Variant& v) {
 }
 
 const MemberTable& FakeService::members() {
-  static const auto table =
+  static const MemberTable& table =
       ClassBuilder<FakeService>("FakeService")
           .method<&FakeService::vbwProcIn>("vbwProcIn", {"name", "parameterText"})
           .method<&FakeService::vbwProcOut>("vbwProcOut")
@@ -34,7 +34,7 @@ const MemberTable& FakeService::members() {
           .method<&FakeService::vbwAfterDump>("vbwAfterDump")
           .method<&FakeService::vbwExitThread>("vbwExitThread", {"flag"})
           .build();
-  return *table;
+  return table;
 }
 
 void FakeService::note(const std::string& member, const std::string& detail) {
@@ -105,9 +105,9 @@ int32_t FakeService::vbwAfterDump() {
 void FakeService::vbwExitThread(bool flag) { note("vbwExitThread", flag ? "True" : "False"); }
 
 const MemberTable& FakeBridge::members() {
-  static const auto table =
+  static const MemberTable& table =
       ClassBuilder<FakeBridge>("BridgeToVB").get<&FakeBridge::ErrorParams>("ErrorParams").build();
-  return *table;
+  return table;
 }
 
 ServiceRegistration::ServiceRegistration(ObjectRef service) : bridge(make<FakeBridge>(std::move(service))) {

@@ -10,7 +10,7 @@ namespace {
 class Sample : public Dispatchable<Sample> {
  public:
   static const MemberTable& members() {
-    static const auto table = ClassBuilder<Sample>("Sample")
+    static const MemberTable& table = ClassBuilder<Sample>("Sample")
                                   .method<&Sample::Greet>("Greet", {"name", optional("times", int16_t{1})})
                                   .method<&Sample::Swap>("Swap", {"text", "number"})
                                   .method<&Sample::Count>("Count", {"label", "items"})
@@ -18,7 +18,7 @@ class Sample : public Dispatchable<Sample> {
                                   .property<&Sample::title, &Sample::setTitle>("Title")
                                   .get<&Sample::Cell>("Cell", {"row", "column"})
                                   .build();
-    return *table;
+    return table;
   }
   std::string Greet(const std::string& name, int16_t times) {
     std::string out;

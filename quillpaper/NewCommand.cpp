@@ -1,4 +1,5 @@
 // quillpaper new: writes the skeleton of an APA paper as a .docx.
+#include <fstream>
 #include <iostream>
 
 #include "quillpaper/CommandLine.h"
@@ -41,6 +42,8 @@ constexpr const char* kUsage =
     "  --chapters=N       start N chapters before the references (theses)\n"
     "  --table=KIND       put a statistics table on the tables page (repeatable; see\n"
     "                     'quillpaper table --list')\n"
+    "  --refs=FILE        put the reference list in FILE (one reference a line, any form)\n"
+    "                     on the References page, in APA form and order\n"
     "  --no-hints         leave out the hints and sample subsections; keep the placeholders\n";
 
 std::map<std::string, std::string> fieldOptions() {
@@ -88,6 +91,13 @@ int newCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
   const StartupForm form = StartupForm::load(session.main2());
   request.parts = chooseParts(cl, form, request.paperType);
   const std::vector<std::string> tables = cl.options("table");
+  if (const auto refs = cl.option("refs")) {
+    std::ifstream in(*refs, std::ios::binary);
+    if (!in) throw UsageError("cannot read the reference list " + *refs);
+    std::string line;
+    for (int n = 1; std::getline(in, line); ++n)
+      if (line.find_first_not_of(" \t\r") != std::string::npos) request.references.emplace_back(n, line);
+  }
   cl.finish();
   if (!tables.empty()) {
     const std::vector<TableButton> buttons = tableButtons(session);
@@ -106,6 +116,7 @@ int newCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
     return 1;
   }
   writePaperFile(paper, request, output);
+  for (const std::string& note : paper.referenceNotes) err << "quillpaper new: references: " << note << "\n";
   if (const std::string problem = session.errorSummary(); !problem.empty())
     err << "quillpaper new: warning: " << problem << "\n";
   out << "wrote " << output.string() << "\n";

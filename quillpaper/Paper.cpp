@@ -4,6 +4,8 @@
 #include "quillpaper/ChapterInstructions.h"
 #include "quillpaper/SettingsDictionary.h"
 #include "quillpaper/StartupForm.h"
+#include "quillpaper/ReferenceList.h"
+#include "quillpaper/ReferencePipeline.h"
 #include "quillpaper/StatisticsTables.h"
 #include "quillpaper/docx/DocxWriter.h"
 
@@ -53,6 +55,31 @@ void addTables(Session& session, PaperBuilder& builder, const std::vector<int>& 
   }
 }
 
+// The formatted reference list goes on the references page, in APA order.
+void addReferences(Session& session, Paper& paper, const std::vector<std::pair<int, std::string>>& entries) {
+  ReferencePipeline pipeline(session);
+  std::vector<FormattedReference> list;
+  for (const auto& [line, entry] : entries) list.push_back(pipeline.format(entry, line));
+  for (const FormattedReference& r : list) {
+    if (!r.ok()) paper.referenceNotes.push_back("line " + std::to_string(r.line) + ": kept as typed: " + r.problems.front());
+    if (!r.excludedBecause.empty())
+      paper.referenceNotes.push_back("line " + std::to_string(r.line) + ": left out of the list: " + r.excludedBecause);
+  }
+  sortReferenceList(list);
+  for (auto& section : paper.builder->document().sections)
+    for (auto& page : section->pages) {
+      if (page->part != kReferencesPart) continue;
+      // The page ends in the empty paragraph the library styled for the list.
+      while (!page->blocks.empty()) {
+        const auto* p = std::get_if<doc::Paragraph>(&page->blocks.back());
+        if (!p || !p->empty()) break;
+        page->blocks.pop_back();
+      }
+      for (doc::Paragraph& p : referenceParagraphs(list)) page->blocks.emplace_back(std::move(p));
+      return;
+    }
+}
+
 }  // namespace
 
 Paper makePaper(Session& session, const PaperRequest& request) {
@@ -70,6 +97,7 @@ Paper makePaper(Session& session, const PaperRequest& request) {
   execute(session, "InitializeBuilder", paper.builder);
   if (request.chapters > 0) addChapters(session, *paper.builder, request.chapters);
   if (!request.tables.empty()) addTables(session, *paper.builder, request.tables);
+  if (!request.references.empty()) addReferences(session, paper, request.references);
   return paper;
 }
 

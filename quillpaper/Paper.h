@@ -20,12 +20,15 @@ struct PaperRequest {
   bool hints = true;
   int chapters = 0;
   std::vector<int> tables;  // table-form buttons (1 to 9) for the tables page
+  std::vector<std::pair<int, std::string>> references;  // (line, entry) for the references page
 };
 
 // A paper the library has laid out, ready to be written.
 struct Paper {
   Ref<PaperBuilder> builder;
   PaperFormat format;
+  // What became of the references: one line for each entry kept as typed or left out.
+  std::vector<std::string> referenceNotes;
 };
 
 // Runs the library: the settings, the skeleton and any chapters. Errors the

@@ -24,6 +24,8 @@ def main():
     ap.add_argument("--corpus", default=os.path.join(SHARED, "data", "references-dev.jsonl"))
     ap.add_argument("--family", type=int, help="score only the entries of this expected family")
     ap.add_argument("--predictions", help="keep the predictions in this file")
+    ap.add_argument("--require", action="append", default=[], metavar="METRIC=MIN",
+                    help="fail unless the summary's METRIC (type_acc, field_f1, exact, exact_norm) reaches MIN")
     args, score_args = ap.parse_known_args()
 
     corpus = [json.loads(line) for line in open(args.corpus, encoding="utf-8") if line.strip()]
@@ -48,7 +50,20 @@ def main():
                 p["id"] = corpus[p["line"] - 1]["id"]
                 f.write(json.dumps(p, ensure_ascii=False) + "\n")
         score = os.path.join(SHARED, "tools", "score_references.py")
-        return subprocess.call([sys.executable, score, subset, predictions, *score_args])
+        result = subprocess.run([sys.executable, score, subset, predictions, *score_args],
+                                capture_output=True, text=True)
+        sys.stdout.write(result.stdout)
+        sys.stderr.write(result.stderr)
+        if result.returncode != 0:
+            return result.returncode
+        summary = dict(item.split("=") for item in result.stdout.splitlines()[-1].split()[1:])
+        failed = False
+        for requirement in args.require:
+            metric, minimum = requirement.split("=")
+            if float(summary[metric]) < float(minimum):
+                print(f"{metric} {summary[metric]} is below {minimum}", file=sys.stderr)
+                failed = True
+        return 1 if failed else 0
 
 
 if __name__ == "__main__":

@@ -5,6 +5,7 @@ Each paper is converted to PDF with `soffice --headless` and read page by
 page with `pdftotext`: what a reader sees is what is checked.
 """
 import argparse
+import json
 import os
 import re
 import shutil
@@ -252,6 +253,69 @@ class TablesTest(unittest.TestCase):
         self.assertEqual(paper.page_of("Predictors of Self-Reported Moral Behavior"), first + 1)
         self.assertEqual(paper.pages[first][1], "Table 2")
         self.assertIsNone(paper.page_of("Table 1. Sample table caption."))
+
+
+class RefsTest(unittest.TestCase):
+    """quillpaper refs in each of its forms."""
+
+    ENTRIES = [
+        "Zed, A. (2001). Last. Journal of Things, 1, 2–3.",
+        "",
+        "Abel, B. (2005). A study. Journal of Things, 12(3), 45–67. https://doi.org/10.1037/a0012",
+        "just some words",
+    ]
+
+    def setUp(self):
+        self.workdir = tempfile.mkdtemp(prefix="quillpaper-refs-")
+        self.input = os.path.join(self.workdir, "refs.txt")
+        with open(self.input, "w", encoding="utf-8") as f:
+            f.write("\n".join(self.ENTRIES) + "\n")
+
+    def tearDown(self):
+        shutil.rmtree(self.workdir, ignore_errors=True)
+
+    def refs(self, *args):
+        return run_quillpaper("refs", self.input, *args, cwd=self.workdir)
+
+    # Catches an entry dropped silently, or one reported without its line.
+    def test_text_keeps_every_entry_and_reports_what_it_cannot_read(self):
+        result = self.refs()
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual(result.stdout.splitlines(), [
+            "Zed, A. (2001). Last. Journal of Things, 1, 2–3.",
+            "Abel, B. (2005). A study. Journal of Things, 12(3), 45–67. doi:10.1037/a0012",
+            "just some words"])
+        self.assertIn("line 4: kept as typed", result.stderr)
+
+    def test_html_markdown_and_json(self):
+        html = self.refs("--format=html").stdout
+        self.assertIn("<i>Journal of Things</i>, <i>12</i>(3)", html)
+        self.assertIn("text-indent:-0.5in", html)
+        markdown = self.refs("--format=markdown").stdout
+        self.assertIn("*Journal of Things*, *12*(3)", markdown)
+        lines = [json.loads(line) for line in self.refs("--format=json").stdout.splitlines()]
+        self.assertEqual([r["line"] for r in lines], [1, 3, 4])
+        self.assertEqual(lines[1]["type"], 1)
+        self.assertEqual(lines[1]["fields"]["doi"], "10.1037/a0012")
+        self.assertEqual(lines[1]["fields"]["authors"], [{"family": "Abel", "given": "B."}])
+        self.assertTrue(lines[2]["problems"])
+
+    # Catches a list out of APA's order, or one without its heading and hanging indent.
+    def test_docx_reference_list_in_apa_order(self):
+        path = os.path.join(self.workdir, "refs.docx")
+        self.assertEqual(self.refs("--format=docx", "--output=" + path).returncode, 0)
+        with zipfile.ZipFile(path) as z:
+            xml = z.read("word/document.xml").decode("utf-8")
+            styles = z.read("word/styles.xml").decode("utf-8")
+        self.assertIn('w:hanging="720"', styles)
+        self.assertEqual(xml.count('<w:pStyle w:val="Bibliography"/>'), 3)
+        paper = Rendered(path, self.workdir)
+        lines = paper.pages[0]
+        self.assertEqual(lines[0], "References")
+        self.assertTrue(lines[1].startswith("Abel, B. (2005)."))
+        self.assertTrue(lines[-1].startswith("Zed, A. (2001)") or "Zed, A." in " ".join(lines))
+        self.assertLess(" ".join(lines).find("Abel"), " ".join(lines).find("just some words"))
+        self.assertLess(" ".join(lines).find("just some words"), " ".join(lines).find("Zed"))
 
 
 class OutputTest(unittest.TestCase):

@@ -7,6 +7,8 @@ namespace QuillFormatAPA {
 
 using host::Field;
 using references::at;
+using references::isOneSentence;
+using references::sentenceStarts;
 
 namespace {
 
@@ -65,28 +67,6 @@ size_t titleEnd(std::string_view text) {
   }
   return text.size();
 }
-
-// Where the sentences of `text` begin, after the first: past ". ", "? ",
-// "! " (a closing quotation mark may come between), outside parentheses.
-std::vector<size_t> sentenceStarts(std::string_view text) {
-  std::vector<size_t> starts;
-  int depth = 0;
-  for (size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    if (c == '(' || c == '[') ++depth;
-    if ((c == ')' || c == ']') && depth > 0) --depth;
-    if (depth > 0 || (c != '.' && c != '?' && c != '!')) continue;
-    size_t j = i + 1;
-    if (text.substr(j).starts_with("\u201D")) j += 3;
-    if (j < text.size() && text[j] == ' ') {
-      if (c == '.' && i >= 2 && text.substr(i - 2, 2) == "vs") continue;
-      starts.push_back(j + 1);
-    }
-  }
-  return starts;
-}
-
-bool isOneSentence(std::string_view text) { return sentenceStarts(text).empty(); }
 
 bool isYearNumber(std::string_view s) {
   return s.size() == 4 && startsWithDigit(s) && s >= "1500" && s <= "2100" &&

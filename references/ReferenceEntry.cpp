@@ -29,6 +29,27 @@ size_t dateGroup(std::string_view text) {
   return std::string_view::npos;
 }
 
+std::vector<size_t> sentenceStarts(std::string_view text) {
+  std::vector<size_t> starts;
+  int depth = 0;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c == '(' || c == '[') ++depth;
+    if ((c == ')' || c == ']') && depth > 0) --depth;
+    if (depth > 0 || (c != '.' && c != '?' && c != '!')) continue;
+    size_t j = i + 1;
+    if (text.substr(j).starts_with("\u201D")) j += 3;
+    if (j < text.size() && text[j] == ' ') {
+      if (c == '.' && i >= 2 && text.substr(i - 2, 2) == "vs") continue;
+      starts.push_back(j + 1);
+    }
+  }
+  return starts;
+}
+
+bool isOneSentence(std::string_view text) { return sentenceStarts(text).empty(); }
+
+
 void resetTemplate(const host::OutputTemplateRef& output, int16_t lastIndex, std::string_view list) {
   std::vector<Variant> positional{Variant(lastIndex)};
   if (!list.empty()) positional.push_back(Variant::borrow(list));

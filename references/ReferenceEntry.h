@@ -3,6 +3,7 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "diagnostics/Procedure.h"
 #include "host/MemberTable.h"
@@ -32,6 +33,12 @@ void addRow(const host::OutputTemplateRef& output, const TemplateRow& row);
 // its parenthesis (" (1993)", " (2006, December 10)", " (n.d.)", " (in press)"),
 // or npos.
 size_t dateGroup(std::string_view text);
+
+// Where the sentences of `text` begin, after the first: past ". ", "? ",
+// "! " (a closing quotation mark may come between), outside parentheses and
+// brackets; "vs. " does not end a sentence.
+std::vector<size_t> sentenceStarts(std::string_view text);
+bool isOneSentence(std::string_view text);
 
 // A by-reference array's element `k`, counted from its lower bound.
 inline int32_t at(const Array& a, int32_t k) { return a.lowerBound() + k; }

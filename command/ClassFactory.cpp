@@ -3,6 +3,8 @@
 #include <array>
 
 #include "command/Main2.h"
+#include "references/Esource.h"
+#include "references/NonPeriodical.h"
 #include "references/Periodical.h"
 #include "tables/TableAnova.h"
 #include "tables/TableCorrelation.h"
@@ -32,6 +34,8 @@ ObjectRef create() {
 const std::array kClasses{
     Creatable{"QuillFormatAPA.Main2", [] { return ObjectRef(Main2::create()); }},
     Creatable{"QuillFormatAPA.Periodical", create<Periodical>},
+    Creatable{"QuillFormatAPA.NonPeriodical", create<NonPeriodical>},
+    Creatable{"QuillFormatAPA.Esource", create<Esource>},
     Creatable{"QuillFormatAPA.TableWord", create<TableWord>},
     Creatable{"QuillFormatAPA.TableModelComparison", create<TableModelComparison>},
     Creatable{"QuillFormatAPA.TableLisrel", create<TableLisrel>},

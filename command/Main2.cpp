@@ -6,6 +6,8 @@
 #include "host/CallSite.h"
 #include "host/PaperProxies.h"
 #include "host/ReferenceProxies.h"
+#include "references/Esource.h"
+#include "references/NonPeriodical.h"
 #include "references/Periodical.h"
 #include "strings/StringUtility.h"
 
@@ -18,10 +20,9 @@ constexpr char kStyleSeparator = '\x08';
 
 ObjectRef newReferenceEntry(int16_t whichType) {
   switch (whichType) {
+    case 0: return make<NonPeriodical>();
     case 1: return make<Periodical>();
-    case 0:
-    case 4:
-      throw AutomationError(kInvalidProcedureCall, "this kind of reference entry is not part of this build");
+    case 4: return make<Esource>();
     default: return ObjectRef();  // types 2 and 3 are never made here
   }
 }

@@ -136,7 +136,7 @@ const char* fieldName(Field f) {
       "RefersToType", "volume", "Number", "issue", "subwork", "subworkType", "publisher", "place", "editionBook",
       "editorStr", "isEditor", "CompilerOrEditor", "translator", "MultiPartWork", "IsMultiVol", "BookPageRange",
       "publicationMediumDetails", "reprint", "reprintFormatted", "pageCitation", "isPage", "isReferenceEntry",
-      "Medium", "esourceType", "Degree",
+      "Medium", "esourceType", "Degree", "subworkTranslator",
   };
   return names[static_cast<int>(f)];
 }

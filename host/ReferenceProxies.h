@@ -96,9 +96,9 @@ enum class Field {
   Periodical, periodicalType, PeriodicalIssueType, ArticleType, RefersTo, RefersToType, volume, Number, issue,
   subwork, subworkType, publisher, place, editionBook, editorStr, isEditor, CompilerOrEditor, translator,
   MultiPartWork, IsMultiVol, BookPageRange, publicationMediumDetails, reprint, reprintFormatted, pageCitation,
-  isPage, isReferenceEntry, Medium, esourceType, Degree,
+  isPage, isReferenceEntry, Medium, esourceType, Degree, subworkTranslator,
 };
-constexpr int kFieldCount = static_cast<int>(Field::Degree) + 1;
+constexpr int kFieldCount = static_cast<int>(Field::subworkTranslator) + 1;
 const char* fieldName(Field f);
 
 // The template's generic reference object: the data source of an entry.

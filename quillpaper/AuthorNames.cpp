@@ -122,4 +122,46 @@ std::string initialsOf(std::string_view given) {
   return out;
 }
 
+std::vector<PersonName> parseGivenFirstNames(std::string_view list) {
+  std::vector<PersonName> names;
+  std::string text(list);
+  for (std::string_view and_ : {", & ", " & ", ", and ", " and "}) {
+    for (size_t at = text.find(and_); at != std::string::npos; at = text.find(and_)) text.replace(at, and_.size(), ", ");
+  }
+  size_t start = 0;
+  while (start <= text.size()) {
+    size_t end = text.find(", ", start);
+    if (end == std::string::npos) end = text.size();
+    std::string_view name = std::string_view(text).substr(start, end - start);
+    while (!name.empty() && name.front() == ' ') name.remove_prefix(1);
+    while (!name.empty() && name.back() == ' ') name.remove_suffix(1);
+    if (!name.empty()) {
+      // The given names are the initials (or the words) before the last
+      // word that is not an initial; a particle ("Van", "de") joins the family.
+      PersonName p;
+      size_t familyAt = 0;
+      for (size_t i = 0; i < name.size();) {
+        size_t next = name.find(' ', i);
+        if (next == std::string_view::npos) next = name.size();
+        const std::string_view word = name.substr(i, next - i);
+        const bool initial = word.size() <= 4 && word.back() == '.';
+        if (!initial) {
+          familyAt = i;
+          break;
+        }
+        i = next + 1;
+        familyAt = i;
+      }
+      p.family = std::string(name.substr(std::min(familyAt, name.size())));
+      std::string_view given = name.substr(0, std::min(familyAt, name.size()));
+      while (!given.empty() && given.back() == ' ') given.remove_suffix(1);
+      p.given = std::string(given);
+      if (p.family.empty()) std::swap(p.family, p.given);
+      names.push_back(std::move(p));
+    }
+    start = end + 2;
+  }
+  return names;
+}
+
 }  // namespace quillpaper

@@ -28,6 +28,11 @@ struct AuthorStyle {
 // an ellipsis before its last name.
 std::vector<PersonName> parseNames(std::string_view list, bool* shortened = nullptr);
 
+// The names of an editor list as APA writes it after "In ": given names
+// first, "A. C. Gaw", "C. F. Van Parreren & J. A. M. Carpay",
+// "R. Battiti, M. Brunato, & P. Pardalos".
+std::vector<PersonName> parseGivenFirstNames(std::string_view list);
+
 // The list in APA 6 form: "&" before the last name, up to seven names, from
 // eight on the first six, an ellipsis and the last. A list known only in its
 // shortened form (`shortened`) keeps its ellipsis.

@@ -127,8 +127,12 @@ std::vector<TextRun> OutputTemplate::join(const std::vector<std::string>& plain,
     const size_t k = static_cast<size_t>(i);
     if (isFormatted(i)) {
       if (k < formatted.size()) runs = formatted[k];
-    } else if (k < plain.size()) {
+    } else if (k < plain.size() && !str().trimmed(plain[k]).empty()) {
       appendRun(runs, str().trimmed(plain[k]), false);
+    } else if (k < formatted.size()) {
+      // A plain item may carry runs instead: a title in italics standing
+      // where the author would be.
+      runs = formatted[k];
     }
     return runs;
   };

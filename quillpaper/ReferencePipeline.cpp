@@ -36,6 +36,38 @@ std::string yearOf(const std::string& date) {
   return date;
 }
 
+std::string withoutLabel(std::string text, std::initializer_list<std::string_view> labels) {
+  for (std::string_view label : labels)
+    if (str().stripLeading(text, label)) return str().trimmed(text);
+  return text;
+}
+
+// The fields of the parsed entry under the names a reader of the list knows.
+// A chapter's book is its container; an author list tagged "(Ed.)" or
+// "(Eds.)" names the editors of the work.
+void readFields(const ReferenceSource& source, FormattedReference& r) {
+  const std::string tag = source.text("editorTag");
+  (tag.empty() ? r.authors : r.editors) = source.authors();
+  if (r.editors.empty()) r.editors = parseGivenFirstNames(source.text("editorStr"));
+  std::string date = source.text("publishDate");
+  if (date.empty()) date = source.text("OnlinePublishDate");
+  r.year = yearOf(date);
+  r.title = source.text("title");
+  r.containerTitle = source.text("Periodical");
+  if (r.containerTitle.empty()) r.containerTitle = source.text("subwork");
+  r.volume = withoutLabel(source.text("volume"), {"Vols.", "Vol."});
+  r.issue = source.text("Number");
+  r.pages = source.text("pageRange");
+  if (r.pages.empty()) r.pages = source.text("BookPageRange");
+  r.publisher = source.text("publisher");
+  r.place = source.text("place");
+  r.edition = source.text("editionBook");
+  if (source.addressIsDoi())
+    r.doi = source.address();
+  else
+    r.url = source.url();
+}
+
 }  // namespace
 
 std::string tidyEntry(std::string_view raw) {
@@ -127,20 +159,7 @@ FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
     r.problems.push_back(e.what());
   }
 
-  r.authors = source->authors();
-  r.year = yearOf(source->text("publishDate"));
-  r.title = source->text("title");
-  r.containerTitle = source->text("Periodical");
-  r.volume = source->text("volume");
-  r.issue = source->text("Number");
-  r.pages = source->text("pageRange");
-  r.publisher = source->text("publisher");
-  r.place = source->text("place");
-  r.edition = source->text("editionBook");
-  if (source->addressIsDoi())
-    r.doi = source->address();
-  else
-    r.url = source->url();
+  readFields(*source, r);
   // An entry the template is told to keep out of the reference list.
   const std::string disabled = settings->text("disableKey(1)");
   if (!disabled.empty()) {

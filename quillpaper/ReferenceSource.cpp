@@ -116,22 +116,25 @@ bool ReferenceSource::call(const std::string& name, Args& args, Variant& result)
     if (args.positional().size() < 2) throw AutomationError(kArgumentNotOptional, "parseCommon(mode, str)");
     Variant& slot = args.positional()[1].deref();
     std::string text = slot.toString();
-    result = parseCommon(text);
+    result = parseCommon(static_cast<int>(args.positional()[0].toInteger()), text);
     if (args.positional()[1].isByRef()) slot = text;
     return true;
   }
   return false;
 }
 
-std::string ReferenceSource::parseCommon(std::string& text) {
+// Mode 0 reads an author alone ("Smith, J." of a personal communication)
+// when no date follows it; the other modes need the date.
+std::string ReferenceSource::parseCommon(int mode, std::string& text) {
   std::string s = str().trimmed(text);
   if (s.empty() || s[0] == '(' || s[0] == '[') return {};
-  const size_t at = dateGroup(s);
-  if (at == std::string::npos) return {};
+  size_t at = dateGroup(s);
+  if (at == std::string::npos && mode != 0) return {};
+  if (at == std::string::npos) at = s.size();
   std::string authors = s.substr(0, at);
   setProperty("editorTag", takeEditorTag(authors));
   setProperty("author", authors);
-  text = s.substr(at + 1);
+  text = at < s.size() ? s.substr(at + 1) : std::string();
   return authors;
 }
 

@@ -34,7 +34,7 @@ class ReferenceSource : public PropertyBag {
   bool call(const std::string& name, Args& args, Variant& result) override;
 
  private:
-  std::string parseCommon(std::string& text);
+  std::string parseCommon(int mode, std::string& text);
 
   Ref<FormatterSettings> settings_;
   Ref<OutputTemplate> tests_ = make<OutputTemplate>();

@@ -1,0 +1,1048 @@
+#include "references/NonPeriodical.h"
+
+#include <algorithm>
+
+#include "formatter/FormatterImplementation.h"
+#include "strings/StringUtility.h"
+
+namespace QuillFormatAPA {
+
+using host::Field;
+using references::at;
+
+namespace {
+
+const QuillStrings::StringUtility& str() { return QuillStrings::strings(); }
+
+// The texts Reset keeps for this class: the missing date, then the front
+// matter a chapter entry may cite instead of a chapter title.
+constexpr std::string_view kResetList = "(n.d.).||Afterword.||Foreword.||Introduction.||Preface.";
+
+// The fifteen items: 0 author (or the title where the entry opens with it),
+// 1 "(date)", 2 chapter or entry title, 3 its translator, 4 editors, 5 book
+// title, 6 its translator, 7 volume of a multi-part work, 8 edition,
+// 9 description ("(Report No. 4)", "[Data set]", "(Master's thesis)"),
+// 10 volume, 11 pages, 12 publisher, 13 retrieval statement, 14 reprint note.
+const references::TemplateRow kRows[] = {
+    {0, false, {"", "", ". ", ". ", ". (", ". In ", ". ", ". (", ": ", ". (", ". ", ". (", ". (", ". ", ". ", ". ", "."}},
+    {1, false, {"", "", ". ", ". (", ". In ", ". ", ". (", ": ", ". (", ". ", ". (", ". (", ". ", ". ", ". ", "."}},
+    {2, false, {"", "", " (", ". In ", ". In ", ". (", ": ", ". (", ". ", ". (", ". (", ". ", ". ", ". ", "."}},
+    {3, false,
+     {"", "(", ", Trans.). In ", ", Trans.). In ", "). (", ", Trans.): ", ", Trans.). (", ", Trans.). ", ", Trans.). (",
+      ", Trans.). (", ", Trans.). ", ", Trans.). ", ", Trans.). ", ", Trans.)."}},
+    {4, false, {"", "", ", ", ", (", ": ", ". (", ". ", ". (", ". (", ". ", ". ", ". ", "."}},
+    {5, true, {"", "", " (", ": ", " (", " ", " (", " (", ". ", ". ", ". ", "."}},
+    {6, false,
+     {"", "(", ", Trans.): ", ", Trans.). (", ", Trans.). ", ", Trans.). (", ", Trans.). (", ", Trans.). ",
+      ", Trans.). ", ", Trans.). ", ", Trans.)."}},
+    {7, true, {"", "", " (", ". ", " (", " (", ". ", ". ", " ", "."}},
+    {8, false, {"", "(", "). ", ", ", ", ", "). ", "). ", "). ", ")."}},
+    {9, false, {"", "", ", (", ", (", ". ", ". ", ". ", "."}},
+    {10, false, {"", "(", ", ", "). ", "). ", "). ", ")."}},
+    {11, false, {"", "(", "). ", "). ", "). ", ")."}},
+    {12, false, {"", "", ". ", ". ", "."}},
+    {13, false, {"", "", " ", ""}},
+    {14, true, {"", "", "."}},
+};
+
+bool isAsciiDigit(char c) { return c >= '0' && c <= '9'; }
+bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
+bool isLower(char c) { return c >= 'a' && c <= 'z'; }
+
+// Words after which a full stop does not end a sentence: initials ("U.S.",
+// "C. F."), titles of persons and the abbreviations of publication details.
+bool isAbbreviation(std::string_view word) {
+  if (word.size() == 1 && isUpper(word[0])) return true;
+  static constexpr std::string_view kWords[] = {"Dr", "Mr", "Mrs", "Ms", "St", "No", "Nos", "Vol", "Vols", "Ed",
+                                                "Eds", "Trans", "Jr", "Sr", "vs", "cf", "al", "ca", "pp", "p"};
+  return std::find(std::begin(kWords), std::end(kWords), word) != std::end(kWords);
+}
+
+// Where the sentences of `text` begin after the first, as the shared rule
+// finds them but not after an abbreviation.
+std::vector<size_t> statementStarts(std::string_view text) {
+  std::vector<size_t> starts;
+  for (size_t start : references::sentenceStarts(text)) {
+    size_t stop = start - 1;
+    while (stop > 0 && text[stop - 1] == ' ') --stop;
+    if (stop == 0 || text[stop - 1] != '.') {
+      starts.push_back(start);
+      continue;
+    }
+    size_t word = stop - 1;
+    while (word > 0 && text[word - 1] != ' ' && text[word - 1] != '.' && text[word - 1] != '(') --word;
+    if (!isAbbreviation(text.substr(word, stop - 1 - word))) starts.push_back(start);
+  }
+  return starts;
+}
+
+// The position of the bracket that opens the group closed at `close`, or npos.
+size_t openingOf(std::string_view text, size_t close) {
+  const char closing = text[close];
+  const char opening = closing == ')' ? '(' : '[';
+  int depth = 0;
+  for (size_t i = close + 1; i-- > 0;) {
+    if (text[i] == closing) ++depth;
+    if (text[i] == opening && --depth == 0) return i;
+  }
+  return std::string_view::npos;
+}
+
+// Where the entry divides into the part about the chapter or entry and the
+// part about the work that contains it: the ". In " after the date, outside
+// brackets. npos when the entry is one work.
+size_t containingWorkSplit(std::string_view text) {
+  const size_t date = references::dateGroup(text);
+  int depth = 0;
+  for (size_t i = date == std::string_view::npos ? 0 : date; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c == '(' || c == '[') ++depth;
+    if ((c == ')' || c == ']') && depth > 0) --depth;
+    if (depth == 0 && c == '.' && text.substr(i).starts_with(". In ")) return i;
+  }
+  return std::string_view::npos;
+}
+
+// Whether the text before the date is a title rather than an author list:
+// sentence case (a lower-case word that is not a particle or a function
+// word) and no initials. "Mission, vision & values" is a title; "University
+// of Bergen", "Smith, J. A." and "lang, k. d." are authors.
+bool readsAsTitle(std::string_view before) {
+  static constexpr std::string_view kSmallWords[] = {"a",  "an", "and", "the", "of", "for", "on", "in", "to", "at",
+                                                     "de", "du", "des", "la", "le", "van", "von", "der", "den",
+                                                     "y",  "e",  "und", "et", "da", "di", "del", "ten", "ter"};
+  bool lowerWord = false;
+  for (const std::string& raw : str().split(before, " ", -1)) {
+    std::string word = raw;
+    str().trimLeading(word, "(\"'");
+    str().trimTrailing(word, ".,;:)\"'");
+    if (word.empty() || word == "&") continue;
+    if (word.size() == 1 || (word.size() >= 3 && word[1] == '.' && isUpper(word[0]))) return false;  // initials
+    if (str().beginsWith(word, "Ed") && str().contains(raw, "(")) return false;  // "(Ed.)", "(Eds.)"
+    if (isLower(word[0]) && std::find(std::begin(kSmallWords), std::end(kSmallWords), word) == std::end(kSmallWords))
+      lowerWord = true;
+  }
+  return lowerWord;
+}
+
+// ---- the details that follow a title in parentheses or brackets -------------------
+
+enum class Detail { None, Edition, Volume, Pages, Translator, Description };
+
+bool isEditionPart(std::string_view part) {
+  const std::string lower = str().lower(part);
+  for (std::string_view key : {"ed.", "enl.", "rev."})
+    if (str().endsWith(lower, key) || str().contains(lower, std::string(key) + " ")) return true;
+  return str().endsWith(lower, "edition");
+}
+
+Detail kindOfPart(std::string_view part) {
+  if (str().beginsWith(part, "Vol. ") || str().beginsWith(part, "Vols. ")) return Detail::Volume;
+  if (str().beginsWith(part, "pp. ") || str().beginsWith(part, "p. ")) return Detail::Pages;
+  if (str().endsWith(part, "Trans.")) return Detail::Translator;
+  if (isEditionPart(part)) return Detail::Edition;
+  return Detail::None;
+}
+
+// A group "(...)" or "[...]" that describes the work rather than belonging
+// to its title: publication details ("2nd ed.", "Vol. 2", "pp. 3–5"), a
+// translator, or a description with a number or a known word ("Report No.
+// 4", "Master's thesis", "Data set"). "(APA)" and "(TSC-C)" stay in the title.
+Detail kindOfGroup(std::string_view group) {
+  if (group.size() < 3) return Detail::None;
+  const std::string_view inner = group.substr(1, group.size() - 2);
+  if (group[0] == '[') return Detail::Description;
+  for (const std::string& part : str().split(inner, ", ", -1))
+    if (const Detail d = kindOfPart(str().trimmed(part)); d != Detail::None) return d == Detail::Translator ? d : Detail::Edition;
+  if (std::any_of(inner.begin(), inner.end(), isAsciiDigit)) return Detail::Description;
+  static constexpr std::string_view kWords[] = {"thesis", "dissertation", "report", "publication", "monograph",
+                                                "version", "series", "brochure", "manuscript", "no."};
+  const std::string lower = str().lower(inner);
+  for (std::string_view w : kWords)
+    if (str().contains(lower, w)) return Detail::Description;
+  return Detail::None;
+}
+
+// Where the groups that describe the work begin at the end of `title` (the
+// title's own length when there are none).
+size_t trailingGroups(std::string_view title) {
+  size_t end = title.size();
+  while (end > 0 && (title[end - 1] == ')' || title[end - 1] == ']')) {
+    const size_t open = openingOf(title, end - 1);
+    if (open == std::string_view::npos || open == 0 || kindOfGroup(title.substr(open, end - open)) == Detail::None)
+      break;
+    end = open;
+    while (end > 0 && title[end - 1] == ' ') --end;
+  }
+  return end;
+}
+
+// The parts of a work's text: its title (with the groups after it) and the
+// publisher statement, the last sentence when the title is in the text.
+struct WorkText {
+  std::string title;
+  std::string publisher;
+};
+
+WorkText splitWork(std::string_view text, bool titleInText) {
+  WorkText w;
+  std::string body = str().trimmed(text);
+  if (!titleInText) {
+    w.publisher = body;
+  } else {
+    const std::vector<size_t> starts = statementStarts(body);
+    if (starts.empty()) {
+      w.title = body;
+    } else {
+      w.title = body.substr(0, starts.back());
+      w.publisher = body.substr(starts.back());
+    }
+  }
+  w.title = str().trimmed(w.title);
+  str().stripTrailing(w.title, ".");
+  w.publisher = str().trimmed(w.publisher);
+  str().stripTrailing(w.publisher, ".");
+  return w;
+}
+
+// A leading "(date)." is kept aside while the steps read the rest.
+size_t afterLeadingDate(std::string_view text) {
+  if (!str().beginsWith(text, "(")) return 0;
+  const size_t close = text.find(')');
+  if (close == std::string_view::npos) return 0;
+  size_t at = close + 1;
+  if (at < text.size() && text[at] == '.') ++at;
+  while (at < text.size() && text[at] == ' ') ++at;
+  return at;
+}
+
+bool isRange(std::string_view pages) {
+  return str().contains(pages, "-") || str().contains(pages, "\u2013") || str().contains(pages, ",");
+}
+
+// A last part that names a place: a state or country code ("OH", "USA") or
+// an abbreviated state ("Mass.").
+bool looksLikePlace(std::string_view part) {
+  std::string p = str().trimmed(part);
+  str().stripTrailing(p, ".");
+  if (p.size() >= 2 && p.size() <= 3 && std::all_of(p.begin(), p.end(), isUpper)) return true;
+  return p == "Mass" || p == "Calif" || p == "Ill" || p == "Conn" || p == "Penn" || p == "England" || p == "UK";
+}
+
+}  // namespace
+
+NonPeriodical::NonPeriodical()
+    : editionKeyWords_(stringArray(str().toStringArray("enl.", "rev.", "ed."))),
+      mBracketTemplate_(stringArray(str().toStringArray("(", "", ")"))) {}
+
+const MemberTable& NonPeriodical::members() {
+  static const MemberTable& table =
+      ClassBuilder<NonPeriodical>("NonPeriodical")
+          .method<&NonPeriodical::setDataSource>("setDataSource", {"superClass"})
+          .method<&NonPeriodical::getMetaData>("getMetaData", {"formatterSettings", "productName"})
+          .method<&NonPeriodical::IsFootnoteEntry>("IsFootnoteEntry", {"author", "title", "entry"})
+          .method<&NonPeriodical::FindTitleImpl>("FindTitleImpl", {"str", "isFootnote", "decoratedStr", "subTitle"})
+          .method<&NonPeriodical::extractPageNumberFromFootnote>("extractPageNumberFromFootnote", {"prevFootnoteStr"})
+          .method<&NonPeriodical::toFormattedStringImpl>(
+              "toFormattedStringImpl",
+              {"isFootnote", {"items", VarType::String}, {"formattedItems", VarType::Object}, "shortenedVersion"})
+          .method<&NonPeriodical::parseEntry>("parseEntry", {"str", "titleStr", "isFootnote"})
+          .build();
+  return table;
+}
+
+void NonPeriodical::reportVariables(const VariableReport& r) const {
+  r.variable("super", super_);
+  r.variable("editionKeyWords", editionKeyWords_);
+  r.variable("mBracketTemplate", mBracketTemplate_);
+  r.variable("mustBeABook", mustBeABook_);
+  r.variable("gotEditionAlready", gotEditionAlready_);
+  r.variable("probableWebsite", probableWebsite_);
+  r.variable("hasTextBeforeTitle", hasTextBeforeTitle_);
+}
+
+// ---- the entry contract -----------------------------------------------------------
+
+void NonPeriodical::setDataSource(ObjectRef& superClass) {
+  traced(*this, "setDataSource", params(arg("superClass", superClass)),
+         [&](Procedure& proc) { proc.step([&] { super_ = superClass; }); });
+}
+
+void NonPeriodical::getMetaData(ObjectRef& formatterSettings, std::string& productName) {
+  traced(*this, "getMetaData", params(arg("formatterSettings", formatterSettings), arg("productName", productName)),
+         [&](Procedure& proc) {
+           const host::FormatterSettingsRef settings(formatterSettings);
+           proc.step([&] { settings.setAccessDateFormat("yyyy, mmmm d"); });
+           ObjectRef output;
+           proc.step([&] { output = settings.outputTemplate(); });
+           proc.step([&] { references::resetTemplate(host::OutputTemplateRef(output), 14, kResetList); });
+           for (const auto& row : kRows) proc.step([&] { references::addRow(host::OutputTemplateRef(output), row); });
+           proc.step([&] {
+             FormatterImplementation::InitializeCitationTemplate(settings.citationOutputTemplate(), false, "", false);
+           });
+         });
+}
+
+// A footnote cites a book as "Author, Title (Place: Publisher, Year), p. 12."
+// (no date group after the author, a page at the end).
+bool NonPeriodical::IsFootnoteEntry(const std::string& author, const std::string& title, const std::string& entry) {
+  return traced(*this, "IsFootnoteEntry", params(arg("author", author), arg("title", title), arg("entry", entry)),
+                [&](Procedure& proc) {
+                  return proc.step([&] {
+                    std::string text = str().trimmed(entry);
+                    str().stripTrailing(text, ".");
+                    const size_t page = std::max(text.rfind(", p. "), text.rfind(", pp. "));
+                    return page != std::string::npos && page > 0 && text[page - 1] == ')' &&
+                           references::dateGroup(text) == std::string::npos;
+                  });
+                });
+}
+
+std::string NonPeriodical::extractPageNumberFromFootnote(std::string& prevFootnoteStr) {
+  return traced(*this, "extractPageNumberFromFootnote", params(arg("prevFootnoteStr", prevFootnoteStr)),
+                [&](Procedure& proc) {
+                  return proc.step([&] {
+                    std::string text = str().trimmed(prevFootnoteStr);
+                    str().stripTrailing(text, ".");
+                    for (std::string_view label : {", pp. ", ", p. "}) {
+                      const size_t at = text.rfind(label);
+                      if (at == std::string::npos) continue;
+                      const std::string page = text.substr(at + label.size());
+                      prevFootnoteStr = text.substr(0, at) + ".";
+                      return page;
+                    }
+                    return std::string();
+                  });
+                });
+}
+
+// The title of the entry: where the entry opens with it, the text before the
+// date; in a chapter or a reference-work entry, the text between the date and
+// ". In "; in a whole work, the sentences after the date but the publisher's,
+// less the groups that describe the work (edition, volume, pages, a
+// translator, "[Medium]", "(Report No. 4)").
+std::string NonPeriodical::FindTitleImpl(const std::string& str_, bool& isFootnote, std::string& decoratedStr,
+                                         std::string& subTitle) {
+  return traced(*this, "FindTitleImpl",
+                params(arg("str", str_), arg("isFootnote", isFootnote), arg("decoratedStr", decoratedStr),
+                       arg("subTitle", subTitle)),
+                [&](Procedure& proc) {
+                  std::string before, after, title;
+                  bool titleFirst = false;
+                  proc.local("before", before);
+                  proc.local("after", after);
+                  proc.local("title", title);
+                  proc.step([&] {
+                    std::string text = str_;
+                    str().cutAtMarker(text, "Retrieved ", true);
+                    str().cutAtMarker(text, "doi:", true);
+                    const size_t date = references::dateGroup(text);
+                    after = text;
+                    if (date != std::string::npos) {
+                      before = str().trimmed(text.substr(0, date));
+                      after = text.substr(text.find(')', date + 2) + 1);
+                      str().stripLeading(after, ".");
+                    }
+                    after = str().trimmed(after);
+                    titleFirst = !before.empty() && readsAsTitle(before);
+                  });
+                  proc.step([&] {
+                    if (titleFirst) {
+                      title = before;
+                    } else if (const size_t in = containingWorkSplit(after); in != std::string::npos) {
+                      title = after.substr(0, in);
+                      // The chapter's translator is no part of its title.
+                      if (str().endsWith(title, "Trans.)")) title.erase(openingOf(title, title.size() - 1));
+                    } else {
+                      title = splitWork(after, true).title;
+                      title.erase(trailingGroups(title));
+                    }
+                    title = str().trimmed(title);
+                    str().stripTrailing(title, ".");
+                  });
+                  proc.step([&] {
+                    subTitle = str().split(title, ": ", 2)[1];
+                    decoratedStr = titleFirst ? std::string() : title;
+                  });
+                  return title;
+                });
+}
+
+// The entry is read in two parts: everything about the chapter or entry (author,
+// date, its title and translator) and, after ". In ", the containing work
+// (editors, title, edition, volume, pages, publisher). An entry that is a
+// whole work has no second part; its publication details then come off the
+// first. The retrieval statement and the reprint note close the entry, so they
+// come off before it is divided.
+void NonPeriodical::parseEntry(std::string& str_, std::string& titleStr, bool& isFootnote) {
+  traced(*this, "parseEntry", params(arg("str", str_), arg("titleStr", titleStr), arg("isFootnote", isFootnote)),
+         [&](Procedure& proc) {
+           const host::DataSourceRef s = source();
+           std::string afterUrl, front, following;
+           proc.local("afterUrl", afterUrl);
+           proc.local("front", front);
+           proc.local("following", following);
+           proc.step([&] {
+             hasTextBeforeTitle_ = titleStr.empty() || !str().beginsWith(str().trimmed(str_), titleStr);
+             gotEditionAlready_ = false;
+             placeAfterPublisher_ = false;
+           });
+           proc.step([&] { parseAndRemoveWeb(str_, afterUrl); });
+           proc.step([&] {
+             if (afterUrl.empty())
+               parseAndRemoveReprint(str_, isFootnote);
+             else
+               parseAndRemoveReprint(afterUrl, isFootnote);
+           });
+           proc.step([&] {
+             const size_t in = containingWorkSplit(str_);
+             front = str().trimmed(str_.substr(0, in == std::string::npos ? str_.size() : in + 1));
+             following = in == std::string::npos ? std::string() : str().trimmed(str_.substr(in + 5));
+             mustBeABook_ = in == std::string::npos;
+           });
+           proc.step([&] { s.set(Field::subworkType, "Chapter title"); });
+           bool noAuthor = false;
+           proc.step([&] { noAuthor = isReferenceArticleNoAuthor(front); });
+           if (noAuthor) {
+             proc.step([&] {
+               if (s.text(Field::subworkType) == "Chapter title") {
+                 s.set(Field::author, "");
+                 s.set(Field::subworkType, "Reference entry");
+               }
+             });
+             proc.step([&] { parseAndRemoveArticleTitle(front); });
+             proc.step([&] { parseAndRemoveYear(front); });
+             proc.step([&] { parseAndRemoveEditor(following); });
+             proc.step([&] { parseAndRemoveTitleTranslator(following); });
+           } else {
+             proc.step([&] { parseAndRemovePublicationMedium(mustBeABook_ ? front : following); });
+             proc.step([&] { parseAndRemoveSubworkType(front); });
+             proc.step([&] { s.parseCommon(2, front); });
+             // An entry that opens with its title has no author.
+             if (!hasTextBeforeTitle_) proc.step([&] { s.set(Field::author, ""); });
+             if (!mustBeABook_) {
+               proc.step([&] { parseAndRemoveYear(front); });
+             } else {
+               proc.step([&] { parseAndRemoveMultiPartWork(front); });
+               proc.step([&] { parseAndRemoveEditionVolumeAndPage(front, gotEditionAlready_, isFootnote); });
+               proc.step([&] { parseAndRemoveYear(front); });
+               proc.step([&] { parseAndRemovePublisher(front); });
+             }
+             proc.step([&] { s.set(Field::translator, ""); });
+             proc.step([&] { parseAndRemoveEditor(following); });
+             if (!mustBeABook_) proc.step([&] { parseAndRemoveChapterTitleAndTranslator(front); });
+             proc.step([&] { parseAndRemoveTitleTranslator(mustBeABook_ ? front : following); });
+           }
+           if (mustBeABook_) {
+             proc.step([&] {
+               std::string title = str().trimmed(front);
+               str().stripTrailing(title, ".");
+               s.set(Field::title, title.empty() ? titleStr : title);
+             });
+             proc.step([&] { s.set(Field::subwork, ""); });
+             proc.step([&] { probableWebsite_ = isWebsite(); });
+             proc.step([&] { str_.clear(); });
+             return;
+           }
+           proc.step([&] { s.set(Field::title, titleStr); });
+           proc.step([&] { parseAndRemoveMultiPartWork(following); });
+           proc.step([&] { parseAndRemoveEditionVolumeAndPage(following, gotEditionAlready_, isFootnote); });
+           proc.step([&] { parseAndRemovePublisher(following); });
+           proc.step([&] {
+             std::string work = str().trimmed(following);
+             str().stripTrailing(work, ".");
+             s.set(Field::subwork, work);
+           });
+           proc.step([&] { probableWebsite_ = isWebsite(); });
+           if (probableWebsite_) {
+             proc.step([&] {
+               const std::string date = s.text(Field::publishDate);
+               if (!s.text(Field::OnlinePublishDate).empty()) return;
+               if (date != "n.d.") s.set(Field::OnlinePublishDate, date);
+               s.set(Field::publishDate, "");
+             });
+           }
+           proc.step([&] { str_.clear(); });
+         });
+}
+
+void NonPeriodical::toFormattedStringImpl(bool& isFootnote, Array& items, Array& formattedItems,
+                                          bool& shortenedVersion) {
+  traced(*this, "toFormattedStringImpl",
+         params(arg("isFootnote", isFootnote), arg("items", items), arg("formattedItems", formattedItems),
+                arg("shortenedVersion", shortenedVersion)),
+         [&](Procedure& proc) {
+           const host::DataSourceRef s = source();
+           auto formatted = [&](int k) { return host::FormattedTextRef(formattedItems.get(at(formattedItems, k)).toObject()); };
+           std::string authors, title, work;
+           bool chapter = false;
+           proc.local("authors", authors);
+           proc.local("title", title);
+           proc.local("work", work);
+           proc.step([&] { authors = s.authorStr(isFootnote, false); });
+           proc.step([&] { title = s.titleStr(isFootnote); });
+           proc.step([&] { work = s.text(Field::subwork); });
+           proc.step([&] { chapter = !work.empty(); });
+           // With no author the title moves to the front: a book's in italics,
+           // a chapter's or an entry's in plain text.
+           if (!authors.empty()) {
+             proc.step([&] { items.set(at(items, 0), authors); });
+           } else if (chapter) {
+             proc.step([&] { items.set(at(items, 0), title); });
+           } else {
+             proc.step([&] { formatted(0).Add(title, 1); });
+           }
+           proc.step([&] { items.set(at(items, 1), "(" + getYear(!authors.empty()) + ")"); });
+           if (chapter) {
+             if (!authors.empty()) proc.step([&] { items.set(at(items, 2), title); });
+             proc.step([&] { items.set(at(items, 3), getTranslatorString(true)); });
+             proc.step([&] { items.set(at(items, 4), getEditorString(isFootnote)); });
+             proc.step([&] { formatted(5).Add(work, 1); });
+           } else if (!authors.empty()) {
+             proc.step([&] { formatted(5).Add(title, 1); });
+           }
+           proc.step([&] { items.set(at(items, 6), getTranslatorString(false)); });
+           proc.step([&] { getMultiPartString(formattedItems.get(at(formattedItems, 7)).toObject()); });
+           proc.step([&] { items.set(at(items, 8), s.text(Field::editionBook)); });
+           proc.step([&] { items.set(at(items, 9), getMediumString()); });
+           proc.step([&] { items.set(at(items, 10), getVolumeString()); });
+           proc.step([&] { items.set(at(items, 11), getPageString()); });
+           proc.step([&] { items.set(at(items, 12), getPublisherString()); });
+           proc.step([&] { items.set(at(items, 13), s.text(Field::website)); });
+           proc.step([&] {
+             const std::string reprint = s.text(Field::reprint);
+             if (!reprint.empty()) formatted(14).Add("(" + reprint + ")", 0);
+           });
+         });
+}
+
+// ---- parse steps -------------------------------------------------------------------
+
+// The retrieval statement (its general split is the formatter's), or an
+// address standing alone at the end ("https://…"). `afterUrl` receives what
+// follows the address, such as a reprint note.
+void NonPeriodical::parseAndRemoveWeb(std::string& str_, std::string& afterUrl) {
+  traced(*this, "parseAndRemoveWeb", params(arg("str", str_), arg("afterUrl", afterUrl)), [&](Procedure& proc) {
+    const host::DataSourceRef s = source();
+    std::string website, accessDate;
+    proc.local("website", website);
+    proc.step([&] { FormatterImplementation::parseAndRemoveWeb(str_, website, accessDate); });
+    if (website.empty()) {
+      proc.step([&] {
+        for (std::string_view scheme : {" https://", " http://", " www."}) {
+          const size_t at = str_.rfind(scheme);
+          if (at == std::string::npos || str_.find(' ', at + 1) != std::string::npos) continue;
+          website = str_.substr(at + 1);
+          str_.erase(at);
+          return;
+        }
+      });
+    }
+    proc.step([&] {
+      // A note after the address: "… http://x.org (Original work published 1900)".
+      const size_t blank = website.find(" (");
+      if (blank == std::string::npos) return;
+      afterUrl = str().trimmed(website.substr(blank));
+      website.erase(blank);
+    });
+    proc.step([&] {
+      str().stripTrailing(website, ".");
+      s.set(Field::website, website);
+    });
+    proc.step([&] { s.set(Field::accessDate, accessDate); });
+    proc.step([&] {
+      str_ = str().trimmed(str_);
+      str().trimLeading(str_, ".", true);
+    });
+  });
+}
+
+void NonPeriodical::parseAndRemoveReprint(std::string& str_, bool isFootnote) {
+  traced(*this, "parseAndRemoveReprint", params(arg("str", str_), arg("isFootnote", isFootnote)), [&](Procedure& proc) {
+    const host::DataSourceRef s = source();
+    std::string note;
+    proc.local("note", note);
+    proc.step([&] {
+      std::string text = str().trimmed(str_);
+      str().stripTrailing(text, ".");
+      for (std::string_view lead : {"(Original", "(Reprinted"}) {
+        const size_t at = text.rfind(lead);
+        if (at == std::string::npos || !str().endsWith(text, ")")) continue;
+        note = text.substr(at + 1, text.size() - at - 2);
+        str_ = str().trimmed(text.substr(0, at));
+        return;
+      }
+      // Unbracketed: "… Place: Publisher. Original work published 1900."
+      for (std::string_view lead : {"Original ", "Reprinted from "}) {
+        const size_t at = text.rfind(std::string(". ") + std::string(lead));
+        if (at == std::string::npos) continue;
+        note = text.substr(at + 2);
+        str_ = text.substr(0, at + 1);
+        return;
+      }
+    });
+    proc.step([&] { s.set(Field::reprint, note); });
+    proc.step([&] { s.set(Field::reprintFormatted, !note.empty()); });
+  });
+}
+
+// A bracketed description at the end of the work's title: "[Data set]",
+// "[Brochure]", "[Monograph]", "[Digital file version]".
+void NonPeriodical::parseAndRemovePublicationMedium(std::string& str_) {
+  traced(*this, "parseAndRemovePublicationMedium", params(arg("str", str_)), [&](Procedure& proc) {
+    const host::DataSourceRef s = source();
+    std::string medium;
+    proc.local("medium", medium);
+    proc.step([&] {
+      const size_t close = str_.rfind(']');
+      if (close == std::string::npos) return;
+      const size_t open = openingOf(str_, close);
+      // After the date: "[ca. 1937]" in its place is a date, not a medium.
+      const size_t date = references::dateGroup(str_);
+      if (open == std::string::npos || date == std::string::npos || open < date) return;
+      // Only where the bracket closes its sentence.
+      const std::string_view rest = std::string_view(str_).substr(close + 1);
+      if (!rest.empty() && !rest.starts_with(".") && !rest.starts_with(" ")) return;
+      if (!rest.empty() && rest.starts_with(" ") && !mustBeABook_) return;
+      medium = str_.substr(open + 1, close - open - 1);
+      size_t from = open;
+      while (from > 0 && str_[from - 1] == ' ') --from;
+      str_.erase(from, close + 1 - from);
+    });
+    proc.step([&] {
+      if (str().contains(medium, "onograph")) medium = "Monograph";
+      else if (str().contains(medium, "Digital file") && str().contains(medium, "version")) medium = "Digital file";
+      s.set(Field::Medium, medium);
+    });
+  });
+}
+
+// "Chapter title", or the front matter a chapter entry may cite in its place.
+void NonPeriodical::parseAndRemoveSubworkType(std::string& str_) {
+  traced(*this, "parseAndRemoveSubworkType", params(arg("str", str_)), [&](Procedure& proc) {
+    proc.step([&] { source().set(Field::subworkType, mustBeABook_ ? "" : "Chapter title"); });
+  });
+}
+
+// An entry in a reference work without author: "Title. (Year). In Work (...)."
+bool NonPeriodical::isReferenceArticleNoAuthor(const std::string& str_) {
+  return traced(*this, "isReferenceArticleNoAuthor", params(arg("str", str_)), [&](Procedure& proc) {
+    return proc.step([&] {
+      std::string text = str().trimmed(str_);
+      str().stripTrailing(text, ".");
+      return !mustBeABook_ && !hasTextBeforeTitle_ && str().endsWith(text, ")") && !str().contains(text, "Series");
+    });
+  });
+}
+
+// The entry's title, at the front where an entry has no author.
+void NonPeriodical::parseAndRemoveArticleTitle(std::string& str_) {
+  traced(*this, "parseAndRemoveArticleTitle", params(arg("str", str_)), [&](Procedure& proc) {
+    const host::DataSourceRef s = source();
+    proc.step([&] {
+      const size_t date = references::dateGroup(str_);
+      std::string title = str().trimmed(str_.substr(0, date == std::string::npos ? 0 : date));
+      str().stripTrailing(title, ".");
+      s.set(Field::title, title);
+      if (date != std::string::npos) str_ = str().trimmed(str_.substr(date));
+    });
+  });
+}
+
+void NonPeriodical::parseAndRemoveChapterTitleAndTranslator(std::string& str_) {
+  traced(*this, "parseAndRemoveChapterTitleAndTranslator", params(arg("str", str_)), [&](Procedure& proc) {
+    const host::DataSourceRef s = source();
+    std::string chapter, translator;
+    proc.local("chapter", chapter);
+    proc.step([&] {
+      chapter = str().trimmed(str_);
+      str().stripTrailing(chapter, ".");
+      if (!str().endsWith(chapter, "Trans.)")) return;
+      const size_t open = openingOf(chapter, chapter.size() - 1);
+      if (open == std::string::npos) return;
+      translator = chapter.substr(open + 1, chapter.size() - open - 2);
+      str().stripTrailing(translator, "Trans.");
+      str().trimTrailing(translator, ", ", true);
+      chapter = str().trimmed(chapter.substr(0, open));
+    });
+    proc.step([&] { s.set(Field::subworkTranslator, translator); });
+    proc.step([&] {
+      const Array words = stringArray(str().split(kResetList, "||", -1));
+      if (parsedPrematter(words, chapter)) s.set(Field::subworkType, chapter);
+    });
+    proc.step([&] { str_ = chapter; });
+  });
+}
+
+// The translator of the work, in "(Name, Trans.)" at the end of its title.
+void NonPeriodical::parseAndRemoveTitleTranslator(std::string& str_) {
+  traced(*this, "parseAndRemoveTitleTranslator", params(arg("str", str_)), [&](Procedure& proc) {
+    const host::DataSourceRef s = source();
+    proc.step([&] {
+      std::string text = str().trimmed(str_);
+      str().stripTrailing(text, ".");
+      if (!str().endsWith(text, "Trans.)")) return;
+      const size_t open = openingOf(text, text.size() - 1);
+      if (open == std::string::npos) return;
+      std::string translator = text.substr(open + 1, text.size() - open - 2);
+      str().stripTrailing(translator, "Trans.");
+      str().trimTrailing(translator, ", ", true);
+      s.set(Field::translator, translator);
+      str_ = str().trimmed(text.substr(0, open));
+    });
+  });
+}
+
+// The editors of the containing work, at the front of the second part:
+// "A. C. Gaw (Ed.), Culture …", "R. Battiti, M. Brunato, & P. Pardalos (Eds.), …".
+void NonPeriodical::parseAndRemoveEditor(std::string& str_) {
+  traced(*this, "parseAndRemoveEditor", params(arg("str", str_)), [&](Procedure& proc) {
+    const host::DataSourceRef s = source();
+    proc.step([&] { s.set(Field::editorStr, ""); });
+    proc.step([&] { s.set(Field::isEditor, false); });
+    proc.step([&] { s.set(Field::CompilerOrEditor, ""); });
+    if (str_.empty()) return;
+    proc.step([&] {
+      for (const char* tag : {"Series Eds.", "Series Ed.", "Eds. & Trans.", "Ed. & Trans.", "Eds.", "Ed.", "Comps.",
+                              "Comp."})
+        if (parseEditorTag(str_, tag, true)) return;
+      parseEditorTag(str_, "Trans.", false);
+    });
+  });
+}
+
+bool NonPeriodical::parseEditorTag(std::string& str_, const std::string& tag, bool isEditorTag) {
+  return traced(*this, "parseEditorTag", params(arg("str", str_), arg("tag", tag), arg("isEditorTag", isEditorTag)),
+                [&](Procedure& proc) {
+                  const host::DataSourceRef s = source();
+                  const std::string group = " (" + tag + ")";
+                  size_t at = std::string::npos;
+                  proc.step([&] { at = str_.find(group); });
+                  // The names come first: nothing bracketed before the tag.
+                  if (at == std::string::npos || at == 0 || str_.find_first_of("([", 0) < at) return false;
+                  proc.step([&] { s.set(Field::editorStr, str().trimmed(str_.substr(0, at))); });
+                  proc.step([&] { s.set(Field::isEditor, isEditorTag); });
+                  proc.step([&] { s.set(Field::CompilerOrEditor, tag); });
+                  proc.step([&] {
+                    str_ = str_.substr(at + group.size());
+                    str().trimLeading(str_, ",", true);
+                  });
+                  return true;
+                });
+}
+
+// The groups after the work's title: "(2nd ed.)", "(Vol. 26, pp. 501–508)",
+// "(B. Name, Trans.)", "(Report No. 4)", "[Data set]". Edition, volume and
+// pages go to their fields; a description keeps its brackets in
+// publicationMediumDetails; a translator is left for the title-translator step.
+void NonPeriodical::parseAndRemoveEditionVolumeAndPage(std::string& str_, bool gotEditionAlready, bool isFootnote) {
+  traced(*this, "parseAndRemoveEditionVolumeAndPage",
+         params(arg("str", str_), arg("gotEditionAlready", gotEditionAlready), arg("isFootnote", isFootnote)),
+         [&](Procedure& proc) {
+           const host::DataSourceRef s = source();
+           std::vector<std::string> groups;
+           std::string lead, title, rest;
+           proc.local("groups", groups);
+           proc.step([&] {
+             const size_t start = afterLeadingDate(str_);
+             lead = str_.substr(0, start);
+             const WorkText w = splitWork(std::string_view(str_).substr(start), hasTextBeforeTitle_ || !mustBeABook_);
+             title = w.title;
+             rest = w.publisher;
+           });
+           proc.step([&] {
+             size_t end = trailingGroups(title);
+             std::string tail = title.substr(end);
+             title.erase(end);
+             // Split the tail into its groups, in order.
+             for (size_t i = 0; i < tail.size();) {
+               if (tail[i] != '(' && tail[i] != '[') {
+                 ++i;
+                 continue;
+               }
+               int depth = 0;
+               size_t j = i;
+               for (; j < tail.size(); ++j) {
+                 if (tail[j] == '(' || tail[j] == '[') ++depth;
+                 if ((tail[j] == ')' || tail[j] == ']') && --depth == 0) break;
+               }
+               groups.push_back(tail.substr(i, j + 1 - i));
+               i = j + 1;
+             }
+           });
+           std::string edition, volume, pages, details;
+           proc.step([&] {
+             for (const std::string& group : groups) {
+               const Detail kind = kindOfGroup(group);
+               if (kind == Detail::Translator) {
+                 title += " " + group;  // the title-translator step reads it
+                 continue;
+               }
+               if (kind == Detail::Description) {
+                 details += (details.empty() ? "" : " ") + group;
+                 continue;
+               }
+               for (const std::string& raw : str().split(group.substr(1, group.size() - 2), ", ", -1)) {
+                 const std::string part = str().trimmed(raw);
+                 switch (kindOfPart(part)) {
+                   case Detail::Volume: volume = part; break;
+                   case Detail::Pages: pages = part; break;
+                   case Detail::Edition: edition = part; break;
+                   default: details += (details.empty() ? "(" : " (") + part + ")"; break;
+                 }
+               }
+             }
+           });
+           if (!gotEditionAlready) proc.step([&] { s.set(Field::editionBook, edition); });
+           proc.step([&] { gotEditionAlready_ = !edition.empty(); });
+           proc.step([&] {
+             if (s.flag(Field::IsMultiVol)) return;
+             s.set(Field::volume, volume);
+           });
+           proc.step([&] { parseAndRemovePage(pages); });
+           proc.step([&] { s.set(Field::publicationMediumDetails, details); });
+           proc.step([&] { str_ = lead + title + (rest.empty() || title.empty() ? "" : ". ") + rest; });
+         });
+}
+
+void NonPeriodical::parseAndRemoveVolume(std::string& str_) {
+  traced(*this, "parseAndRemoveVolume", params(arg("str", str_)), [&](Procedure& proc) {
+    proc.step([&] {
+      std::string volume = str().trimmed(str_);
+      if (str().beginsWith(volume, "Vols.") || str().beginsWith(volume, "Vol.")) source().set(Field::volume, volume);
+      str_.clear();
+    });
+  });
+}
+
+// Pages after "ed.", "," or "Vol.": "pp. 501–508" or "p. 408"; the label is
+// the builder's.
+void NonPeriodical::parseAndRemovePage(std::string& str_) {
+  traced(*this, "parseAndRemovePage", params(arg("str", str_)), [&](Procedure& proc) {
+    proc.step([&] {
+      std::string pages = str().trimmed(str_);
+      if (!str().stripLeading(pages, "pp.")) str().stripLeading(pages, "p.");
+      source().set(Field::BookPageRange, str().trimmed(pages));
+      str_.clear();
+    });
+  });
+}
+
+// A volume of a multi-part work: "Handbook of child psychology: Vol. 3. Social,
+// emotional, and personality development".
+void NonPeriodical::parseAndRemoveMultiPartWork(std::string& str_) {
+  traced(*this, "parseAndRemoveMultiPartWork", params(arg("str", str_)), [&](Procedure& proc) {
+    const host::DataSourceRef s = source();
+    proc.step([&] {
+      s.set(Field::MultiPartWork, "");
+      s.set(Field::IsMultiVol, false);
+    });
+    proc.step([&] {
+      const size_t at = str_.find(": Vol. ");
+      if (at == std::string::npos) return;
+      size_t number = at + 7;
+      size_t end = number;
+      while (end < str_.size() && str_[end] != '.' && str_[end] != ' ' && str_[end] != '(') ++end;
+      if (end == number) return;
+      const std::string volume = str_.substr(at + 2, end - at - 2);
+      // The volume's own title follows ". " or ": ", up to its group or sentence end.
+      std::string rest = str_.substr(end);
+      std::string volumeTitle;
+      if (str().stripLeading(rest, ". ") || str().stripLeading(rest, ": ")) {
+        size_t stop = rest.find(" (");
+        const std::vector<size_t> starts = statementStarts(rest);
+        if (!starts.empty()) stop = std::min(stop, starts.front() - 2);
+        if (stop == std::string::npos) stop = rest.size();
+        volumeTitle = str().trimmed(rest.substr(0, stop));
+        str().stripTrailing(volumeTitle, ".");
+        rest = rest.substr(std::min(stop, rest.size()));
+      }
+      s.set(Field::volume, volume);
+      s.set(Field::MultiPartWork, volumeTitle);
+      s.set(Field::IsMultiVol, true);
+      str_ = str_.substr(0, at) + rest;
+    });
+  });
+}
+
+// "Place: Publisher" (split at the first colon), "Publisher, City, ST", or a
+// publisher alone. "Retrieved from" and "Web site:" statements are not
+// publishers.
+void NonPeriodical::parseAndRemovePublisher(std::string& str_) {
+  traced(*this, "parseAndRemovePublisher", params(arg("str", str_)), [&](Procedure& proc) {
+    const host::DataSourceRef s = source();
+    std::string lead, statement, place, publisher;
+    proc.local("statement", statement);
+    proc.step([&] {
+      const size_t start = afterLeadingDate(str_);
+      const WorkText w = splitWork(std::string_view(str_).substr(start), hasTextBeforeTitle_ || !mustBeABook_);
+      statement = w.publisher;
+      lead = str_.substr(0, start) + w.title;
+    });
+    const bool notAPublisher = str().contains(statement, "Retrieved from") || str().contains(statement, "retrieved from") ||
+                               str().contains(statement, "Web site:") || str().contains(statement, "web site:");
+    if (notAPublisher || statement.empty()) {
+      proc.step([&] {
+        s.set(Field::place, "");
+        s.set(Field::publisher, "");
+      });
+      return;
+    }
+    proc.step([&] {
+      const std::vector<std::string> parts = str().split(statement, ": ", 2);
+      if (!parts[1].empty()) {
+        place = str().trimmed(parts[0]);
+        publisher = str().trimmed(parts[1]);
+        return;
+      }
+      const std::vector<std::string> commas = str().split(statement, ", ", -1);
+      if (commas.size() >= 3 && looksLikePlace(commas.back())) {
+        publisher = commas[0];
+        place = str().join(std::vector<std::string>(commas.begin() + 1, commas.end()), ", ");
+        placeAfterPublisher_ = true;
+        return;
+      }
+      publisher = statement;
+    });
+    proc.step([&] { s.set(Field::place, place); });
+    proc.step([&] { s.set(Field::publisher, publisher); });
+    proc.step([&] { str_ = lead; });
+  });
+}
+
+void NonPeriodical::parseAndRemoveYear(std::string& str_) {
+  traced(*this, "parseAndRemoveYear", params(arg("str", str_)), [&](Procedure& proc) {
+    const host::DataSourceRef s = source();
+    std::string date = "n.d.";
+    proc.local("date", date);
+    proc.step([&] {
+      str_ = str().trimmed(str_);
+      const size_t start = afterLeadingDate(str_);
+      if (start == 0) return;
+      date = str().trimmed(str_.substr(1, str_.find(')') - 1));
+      str_ = str_.substr(start);
+    });
+    proc.step([&] { s.set(Field::publishDate, date); });
+  });
+}
+
+bool NonPeriodical::parsedPrematter(const Array& words, std::string& str_) {
+  return traced(*this, "parsedPrematter", params(arg("words", words), arg("str", str_)), [&](Procedure& proc) {
+    return proc.step([&] {
+      // The first of the list is the missing date, not front matter.
+      for (int32_t k = words.lowerBound() + 1; k <= words.upperBound(); ++k) {
+        std::string word = words.get(k).toString();
+        str().stripTrailing(word, ".");
+        if (str_ == word) return true;
+      }
+      return false;
+    });
+  });
+}
+
+// ---- tests and builders ------------------------------------------------------------
+
+bool NonPeriodical::getEbook() {
+  return traced(*this, "getEbook", [&](Procedure& proc) {
+    return proc.step([&] {
+      const std::string medium = source().text(Field::Medium);
+      return str().contains(str().lower(medium), "e-book") || medium == "Monograph" || medium == "Digital file";
+    });
+  });
+}
+
+bool NonPeriodical::isWebsite() {
+  return traced(*this, "isWebsite", [&](Procedure& proc) {
+    return proc.step([&] {
+      const std::string web = source().text(Field::website);
+      return !web.empty() && !str().beginsWith(web, "doi:") && source().text(Field::publisher).empty();
+    });
+  });
+}
+
+std::string NonPeriodical::getYear(bool isAuthor) {
+  return traced(*this, "getYear", params(arg("isAuthor", isAuthor)), [&](Procedure& proc) {
+    return proc.step([&] {
+      std::string date = source().text(Field::publishDate);
+      if (date.empty()) date = source().text(Field::OnlinePublishDate);
+      return date.empty() ? std::string("n.d.") : date;
+    });
+  });
+}
+
+bool NonPeriodical::isLabelledVolume() {
+  return traced(*this, "isLabelledVolume", [&](Procedure& proc) {
+    return proc.step([&] {
+      const std::string volume = source().text(Field::volume);
+      return str().beginsWith(volume, "Vol. ") || str().beginsWith(volume, "Vols. ");
+    });
+  });
+}
+
+std::string NonPeriodical::getPublisherString() {
+  return traced(*this, "getPublisherString", [&](Procedure& proc) {
+    std::string place, publisher;
+    proc.step([&] { place = source().text(Field::place); });
+    proc.step([&] { publisher = source().text(Field::publisher); });
+    if (place.empty() || publisher.empty()) return place + publisher;
+    return placeAfterPublisher_ ? publisher + ", " + place : place + ": " + publisher;
+  });
+}
+
+std::string NonPeriodical::getEditorString(bool isFootnote) {
+  return traced(*this, "getEditorString", params(arg("isFootnote", isFootnote)), [&](Procedure& proc) {
+    std::string names, tag;
+    proc.step([&] { names = source().text(Field::editorStr); });
+    proc.step([&] { tag = source().text(Field::CompilerOrEditor); });
+    if (names.empty()) return names;
+    return tag.empty() ? names : names + " (" + tag + ")";
+  });
+}
+
+std::string NonPeriodical::getTranslatorString(bool isSubWork) {
+  return traced(*this, "getTranslatorString", params(arg("isSubWork", isSubWork)), [&](Procedure& proc) {
+    return proc.step([&] { return source().text(isSubWork ? Field::subworkTranslator : Field::translator); });
+  });
+}
+
+void NonPeriodical::getMultiPartString(const ObjectRef& formattedStr) {
+  traced(*this, "getMultiPartString", params(arg("formattedStr", formattedStr)), [&](Procedure& proc) {
+    std::string volumeTitle;
+    proc.step([&] { volumeTitle = source().text(Field::MultiPartWork); });
+    if (volumeTitle.empty()) return;
+    const host::FormattedTextRef out(formattedStr);
+    proc.step([&] { out.Add(source().text(Field::volume) + ". ", 1); });
+    proc.step([&] { out.Add(volumeTitle, 1); });
+  });
+}
+
+std::string NonPeriodical::getVolumeString() {
+  return traced(*this, "getVolumeString", [&](Procedure& proc) {
+    std::string volume;
+    proc.step([&] { volume = source().text(Field::volume); });
+    if (volume.empty() || !source().text(Field::MultiPartWork).empty()) return std::string();
+    return isLabelledVolume() ? volume : "Vol. " + volume;
+  });
+}
+
+std::string NonPeriodical::getPageString() {
+  return traced(*this, "getPageString", [&](Procedure& proc) {
+    std::string pages;
+    proc.step([&] { pages = source().text(Field::BookPageRange); });
+    if (pages.empty()) return pages;
+    return (isRange(pages) ? "pp. " : "p. ") + pages;
+  });
+}
+
+// The description after the title: its groups as typed, then the medium in brackets.
+std::string NonPeriodical::getMediumString() {
+  return traced(*this, "getMediumString", [&](Procedure& proc) {
+    std::string details, medium;
+    proc.step([&] { details = source().text(Field::publicationMediumDetails); });
+    proc.step([&] { medium = source().text(Field::Medium); });
+    if (medium.empty()) return details;
+    return details.empty() ? "[" + medium + "]" : details + " [" + medium + "]";
+  });
+}
+
+}  // namespace QuillFormatAPA

@@ -172,6 +172,8 @@ FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
     r.problems.push_back("the formatting library reported an error (" + session_.service().errors().back().description +
                          " in " + session_.service().errors().back().where + ")");
   if (r.ok() && r.title.empty() && r.authors.empty()) r.problems.push_back("no author and no title found");
+  if (r.ok() && (r.year.empty() || r.year == "n.d.") && !str().contains(text, "n.d."))
+    r.problems.push_back("no date found: APA writes the year in parentheses after the author, or \"(n.d.)\"");
   if (r.ok() && str().trimmed(r.text()).empty()) r.problems.push_back("nothing could be formatted");
   return r;
 }

@@ -383,7 +383,9 @@ void NonPeriodical::parseEntry(std::string& str_, std::string& titleStr, bool& i
            proc.local("front", front);
            proc.local("following", following);
            proc.step([&] {
-             hasTextBeforeTitle_ = titleStr.empty() || !str().beginsWith(str().trimmed(str_), titleStr);
+             // A title opens the entry only where the date follows it.
+             hasTextBeforeTitle_ = titleStr.empty() || !str().beginsWith(str().trimmed(str_), titleStr) ||
+                                   references::dateGroup(str_) == std::string::npos;
              gotEditionAlready_ = false;
              placeAfterPublisher_ = false;
            });

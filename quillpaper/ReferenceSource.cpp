@@ -49,18 +49,27 @@ std::string takeEditorTag(std::string& authors) {
 
 bool ReferenceSource::addressIsDoi() const { return str().beginsWith(address_, "10."); }
 
+// An address may follow the name of its site: "Agency website: i.org/x".
+std::pair<std::string, std::string> ReferenceSource::labelAndAddress() const {
+  const size_t blank = address_.rfind(' ');
+  if (blank == std::string::npos) return {"", address_};
+  return {address_.substr(0, blank + 1), address_.substr(blank + 1)};
+}
+
 std::string ReferenceSource::url() const {
-  if (address_.empty() || addressIsDoi() || str().contains(address_, " ")) return {};
+  const std::string address = labelAndAddress().second;
+  if (address.empty() || addressIsDoi()) return {};
   // The parser takes "http://" off; an address typed without it stays so.
-  if (str().contains(address_, "://") || (!str().contains(entry_, "http://" + address_) && str().contains(entry_, address_)))
-    return address_;
-  return "http://" + address_;
+  if (str().contains(address, "://") || (!str().contains(entry_, "http://" + address) && str().contains(entry_, address)))
+    return address;
+  if (!str().contains(address, ".")) return {};
+  return "http://" + address;
 }
 
 std::string ReferenceSource::retrievalStatement() const {
   if (address_.empty()) return {};
   if (addressIsDoi()) return "doi:" + address_;
-  const std::string where = url().empty() ? address_ : url();
+  const std::string where = url().empty() ? address_ : labelAndAddress().first + url();
   const std::string accessDate = text("accessDate");
   if (!accessDate.empty() && !settings_->text("accessDateFormat").empty())
     return "Retrieved " + accessDate + ", from " + where;

@@ -25,6 +25,8 @@ class ReferenceSource : public PropertyBag {
   bool addressIsDoi() const;
   // The address as a URL a browser opens ("http://" added where it was taken off).
   std::string url() const;
+  // The name of the site before the address, if any, and the address.
+  std::pair<std::string, std::string> labelAndAddress() const;
   // The retrieval statement as the reference shows it.
   std::string retrievalStatement() const;
 

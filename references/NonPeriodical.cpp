@@ -127,7 +127,8 @@ bool readsAsTitle(std::string_view before) {
 
 // ---- the details that follow a title in parentheses or brackets -------------------
 
-enum class Detail { None, Edition, Volume, Pages, Translator, Description };
+enum class Part { None, Edition, Volume, Pages };
+enum class Detail { None, Publication, Translator, Editor, Description };
 
 bool isEditionPart(std::string_view part) {
   const std::string lower = str().lower(part);
@@ -136,24 +137,38 @@ bool isEditionPart(std::string_view part) {
   return str().endsWith(lower, "edition");
 }
 
-Detail kindOfPart(std::string_view part) {
-  if (str().beginsWith(part, "Vol. ") || str().beginsWith(part, "Vols. ")) return Detail::Volume;
-  if (str().beginsWith(part, "pp. ") || str().beginsWith(part, "p. ")) return Detail::Pages;
-  if (str().endsWith(part, "Trans.")) return Detail::Translator;
-  if (isEditionPart(part)) return Detail::Edition;
-  return Detail::None;
+Part kindOfPart(std::string_view part) {
+  if (str().beginsWith(part, "Vol. ") || str().beginsWith(part, "Vols. ")) return Part::Volume;
+  if (str().beginsWith(part, "pp. ") || str().beginsWith(part, "p. ")) return Part::Pages;
+  if (isEditionPart(part)) return Part::Edition;
+  return Part::None;
+}
+
+// The editor tags of a group after a book's title: "(T. S. Eliot, Ed.)",
+// "(E. Rice, Ed. & Trans.)".
+constexpr std::string_view kBookEditorTags[] = {"Eds. & Trans.", "Ed. & Trans.", "Eds.", "Ed.", "Comps.", "Comp."};
+
+std::string_view editorTagOf(std::string_view inner) {
+  for (std::string_view tag : kBookEditorTags)
+    if (str().endsWith(inner, std::string(", ") + std::string(tag))) return tag;
+  return {};
 }
 
 // A group "(...)" or "[...]" that describes the work rather than belonging
-// to its title: publication details ("2nd ed.", "Vol. 2", "pp. 3–5"), a
-// translator, or a description with a number or a known word ("Report No.
-// 4", "Master's thesis", "Data set"). "(APA)" and "(TSC-C)" stay in the title.
-Detail kindOfGroup(std::string_view group) {
+// to its title: publication details ("2nd ed.", "Vol. 2", "pp. 3–5"), an
+// editor or a translator, or a description with a number or a known word
+// ("Report No. 4", "Master's thesis", "[Data set]"). "(APA)" and "(TSC-C)"
+// stay in the title; so do the place and dates of a conference in the title
+// of a containing work (`inContainer`).
+Detail kindOfGroup(std::string_view group, bool inContainer) {
   if (group.size() < 3) return Detail::None;
-  const std::string_view inner = group.substr(1, group.size() - 2);
   if (group[0] == '[') return Detail::Description;
+  const std::string_view inner = group.substr(1, group.size() - 2);
+  if (!editorTagOf(inner).empty()) return Detail::Editor;
+  if (str().endsWith(inner, "Trans.")) return Detail::Translator;
   for (const std::string& part : str().split(inner, ", ", -1))
-    if (const Detail d = kindOfPart(str().trimmed(part)); d != Detail::None) return d == Detail::Translator ? d : Detail::Edition;
+    if (kindOfPart(str().trimmed(part)) != Part::None) return Detail::Publication;
+  if (inContainer) return Detail::None;
   if (std::any_of(inner.begin(), inner.end(), isAsciiDigit)) return Detail::Description;
   static constexpr std::string_view kWords[] = {"thesis", "dissertation", "report", "publication", "monograph",
                                                 "version", "series", "brochure", "manuscript", "no."};
@@ -163,18 +178,35 @@ Detail kindOfGroup(std::string_view group) {
   return Detail::None;
 }
 
-// Where the groups that describe the work begin at the end of `title` (the
-// title's own length when there are none).
-size_t trailingGroups(std::string_view title) {
+// The groups that describe the work at the end of `title`, in order, with
+// where the first begins (the title's own length when there are none).
+struct TitleGroups {
+  size_t start;
+  std::vector<std::pair<size_t, size_t>> groups;  // position and length in the title
+};
+
+TitleGroups trailingGroups(std::string_view title, bool inContainer) {
+  TitleGroups t{title.size(), {}};
   size_t end = title.size();
   while (end > 0 && (title[end - 1] == ')' || title[end - 1] == ']')) {
     const size_t open = openingOf(title, end - 1);
-    if (open == std::string_view::npos || open == 0 || kindOfGroup(title.substr(open, end - open)) == Detail::None)
+    if (open == std::string_view::npos || open == 0 ||
+        kindOfGroup(title.substr(open, end - open), inContainer) == Detail::None)
       break;
+    t.groups.insert(t.groups.begin(), {open, end - open});
     end = open;
     while (end > 0 && title[end - 1] == ' ') --end;
+    t.start = end;
   }
-  return end;
+  return t;
+}
+
+// The title less the groups that describe the work.
+std::string withoutDetails(std::string title, bool inContainer) {
+  title = str().trimmed(title);
+  str().stripTrailing(title, ".");
+  title.erase(trailingGroups(title, inContainer).start);
+  return title;
 }
 
 // The parts of a work's text: its title (with the groups after it) and the
@@ -349,13 +381,14 @@ std::string NonPeriodical::FindTitleImpl(const std::string& str_, bool& isFootno
                   proc.step([&] {
                     if (titleFirst) {
                       title = before;
+                    } else if (str().beginsWith(after, "In ")) {
+                      title.clear();  // an entry cited by its author alone: "Term. (2003). In Dictionary"
                     } else if (const size_t in = containingWorkSplit(after); in != std::string::npos) {
                       title = after.substr(0, in);
                       // The chapter's translator is no part of its title.
                       if (str().endsWith(title, "Trans.)")) title.erase(openingOf(title, title.size() - 1));
                     } else {
-                      title = splitWork(after, true).title;
-                      title.erase(trailingGroups(title));
+                      title = withoutDetails(splitWork(after, true).title, false);
                     }
                     title = str().trimmed(title);
                     str().stripTrailing(title, ".");
@@ -437,8 +470,7 @@ void NonPeriodical::parseEntry(std::string& str_, std::string& titleStr, bool& i
            }
            if (mustBeABook_) {
              proc.step([&] {
-               std::string title = str().trimmed(front);
-               str().stripTrailing(title, ".");
+               const std::string title = withoutDetails(front, false);
                s.set(Field::title, title.empty() ? titleStr : title);
              });
              proc.step([&] { s.set(Field::subwork, ""); });
@@ -451,9 +483,7 @@ void NonPeriodical::parseEntry(std::string& str_, std::string& titleStr, bool& i
            proc.step([&] { parseAndRemoveEditionVolumeAndPage(following, gotEditionAlready_, isFootnote); });
            proc.step([&] { parseAndRemovePublisher(following); });
            proc.step([&] {
-             std::string work = str().trimmed(following);
-             str().stripTrailing(work, ".");
-             s.set(Field::subwork, work);
+             s.set(Field::subwork, withoutDetails(following, true));
            });
            proc.step([&] { probableWebsite_ = isWebsite(); });
            if (probableWebsite_) {
@@ -499,6 +529,11 @@ void NonPeriodical::toFormattedStringImpl(bool& isFootnote, Array& items, Array&
              if (!authors.empty()) proc.step([&] { items.set(at(items, 2), title); });
              proc.step([&] { items.set(at(items, 3), getTranslatorString(true)); });
              proc.step([&] { items.set(at(items, 4), getEditorString(isFootnote)); });
+             // Nothing between the date and the work: "In " is written here.
+             if (authors.empty() || title.empty())
+               proc.step([&] {
+                 if (items.get(at(items, 4)).toString().empty()) formatted(5).Add("In ", 0);
+               });
              proc.step([&] { formatted(5).Add(work, 1); });
            } else if (!authors.empty()) {
              proc.step([&] { formatted(5).Add(title, 1); });
@@ -529,6 +564,24 @@ void NonPeriodical::parseAndRemoveWeb(std::string& str_, std::string& afterUrl) 
     std::string website, accessDate;
     proc.local("website", website);
     proc.step([&] { FormatterImplementation::parseAndRemoveWeb(str_, website, accessDate); });
+    proc.step([&] {
+      // What the general split leaves of "Retrieved from Agency website: http://…"
+      // and of "Retrieved 2012, from http://…" (an access date of a year only).
+      if (website.empty()) return;
+      std::string lead = str().trimmed(str_);
+      const size_t at = lead.rfind("Retrieved ");
+      if (at == std::string::npos) return;
+      std::string statement = lead.substr(at + 10);
+      if (str().endsWith(statement, "website:") && str().stripLeading(statement, "from ")) {
+        website = statement + " " + website;
+      } else if (str().stripTrailing(statement, "from")) {
+        str().trimTrailing(statement, ", ", true);
+        accessDate = statement;
+      } else {
+        return;
+      }
+      str_ = lead.substr(0, at);
+    });
     if (website.empty()) {
       proc.step([&] {
         for (std::string_view scheme : {" https://", " http://", " www."}) {
@@ -681,16 +734,19 @@ void NonPeriodical::parseAndRemoveTitleTranslator(std::string& str_) {
   traced(*this, "parseAndRemoveTitleTranslator", params(arg("str", str_)), [&](Procedure& proc) {
     const host::DataSourceRef s = source();
     proc.step([&] {
-      std::string text = str().trimmed(str_);
-      str().stripTrailing(text, ".");
-      if (!str().endsWith(text, "Trans.)")) return;
-      const size_t open = openingOf(text, text.size() - 1);
-      if (open == std::string::npos) return;
-      std::string translator = text.substr(open + 1, text.size() - open - 2);
-      str().stripTrailing(translator, "Trans.");
-      str().trimTrailing(translator, ", ", true);
-      s.set(Field::translator, translator);
-      str_ = str().trimmed(text.substr(0, open));
+      const size_t start = afterLeadingDate(str_);
+      const WorkText w = splitWork(std::string_view(str_).substr(start), true);
+      for (const auto& [at, length] : trailingGroups(w.title, !mustBeABook_).groups) {
+        const std::string inner = w.title.substr(at + 1, length - 2);
+        if (kindOfGroup(w.title.substr(at, length), !mustBeABook_) != Detail::Translator) continue;
+        std::string translator = inner;
+        str().stripTrailing(translator, "Trans.");
+        str().trimTrailing(translator, ", ", true);
+        s.set(Field::translator, translator);
+        const size_t in = str_.find(w.title.substr(at, length), start);
+        if (in != std::string::npos) str_.erase(in > 0 && str_[in - 1] == ' ' ? in - 1 : in, length + (in > 0 ? 1 : 0));
+        return;
+      }
     });
   });
 }
@@ -700,10 +756,11 @@ void NonPeriodical::parseAndRemoveTitleTranslator(std::string& str_) {
 void NonPeriodical::parseAndRemoveEditor(std::string& str_) {
   traced(*this, "parseAndRemoveEditor", params(arg("str", str_)), [&](Procedure& proc) {
     const host::DataSourceRef s = source();
+    // A whole work has no second part; its editor, if any, stood after its title.
+    if (str_.empty()) return;
     proc.step([&] { s.set(Field::editorStr, ""); });
     proc.step([&] { s.set(Field::isEditor, false); });
     proc.step([&] { s.set(Field::CompilerOrEditor, ""); });
-    if (str_.empty()) return;
     proc.step([&] {
       for (const char* tag : {"Series Eds.", "Series Ed.", "Eds. & Trans.", "Ed. & Trans.", "Eds.", "Ed.", "Comps.",
                               "Comp."})
@@ -734,64 +791,49 @@ bool NonPeriodical::parseEditorTag(std::string& str_, const std::string& tag, bo
 }
 
 // The groups after the work's title: "(2nd ed.)", "(Vol. 26, pp. 501–508)",
-// "(B. Name, Trans.)", "(Report No. 4)", "[Data set]". Edition, volume and
-// pages go to their fields; a description keeps its brackets in
-// publicationMediumDetails; a translator is left for the title-translator step.
+// "(T. S. Eliot, Ed.)", "(Report No. 4)", "[Data set]". Edition, volume,
+// pages and a book's editor go to their fields; a description keeps its
+// brackets in publicationMediumDetails; a translator is the title-translator
+// step's. The groups stay in the text until the title is taken, so that the
+// sentence they close still ends where it did.
 void NonPeriodical::parseAndRemoveEditionVolumeAndPage(std::string& str_, bool gotEditionAlready, bool isFootnote) {
   traced(*this, "parseAndRemoveEditionVolumeAndPage",
          params(arg("str", str_), arg("gotEditionAlready", gotEditionAlready), arg("isFootnote", isFootnote)),
          [&](Procedure& proc) {
            const host::DataSourceRef s = source();
            std::vector<std::string> groups;
-           std::string lead, title, rest;
            proc.local("groups", groups);
            proc.step([&] {
              const size_t start = afterLeadingDate(str_);
-             lead = str_.substr(0, start);
-             const WorkText w = splitWork(std::string_view(str_).substr(start), hasTextBeforeTitle_ || !mustBeABook_);
-             title = w.title;
-             rest = w.publisher;
-           });
-           proc.step([&] {
-             size_t end = trailingGroups(title);
-             std::string tail = title.substr(end);
-             title.erase(end);
-             // Split the tail into its groups, in order.
-             for (size_t i = 0; i < tail.size();) {
-               if (tail[i] != '(' && tail[i] != '[') {
-                 ++i;
-                 continue;
-               }
-               int depth = 0;
-               size_t j = i;
-               for (; j < tail.size(); ++j) {
-                 if (tail[j] == '(' || tail[j] == '[') ++depth;
-                 if ((tail[j] == ')' || tail[j] == ']') && --depth == 0) break;
-               }
-               groups.push_back(tail.substr(i, j + 1 - i));
-               i = j + 1;
-             }
+             const std::string title =
+                 splitWork(std::string_view(str_).substr(start), hasTextBeforeTitle_ || !mustBeABook_).title;
+             for (const auto& [at, length] : trailingGroups(title, !mustBeABook_).groups)
+               groups.push_back(title.substr(at, length));
            });
            std::string edition, volume, pages, details;
            proc.step([&] {
              for (const std::string& group : groups) {
-               const Detail kind = kindOfGroup(group);
-               if (kind == Detail::Translator) {
-                 title += " " + group;  // the title-translator step reads it
-                 continue;
-               }
-               if (kind == Detail::Description) {
-                 details += (details.empty() ? "" : " ") + group;
-                 continue;
-               }
-               for (const std::string& raw : str().split(group.substr(1, group.size() - 2), ", ", -1)) {
-                 const std::string part = str().trimmed(raw);
-                 switch (kindOfPart(part)) {
-                   case Detail::Volume: volume = part; break;
-                   case Detail::Pages: pages = part; break;
-                   case Detail::Edition: edition = part; break;
-                   default: details += (details.empty() ? "(" : " (") + part + ")"; break;
+               const std::string inner = group.substr(1, group.size() - 2);
+               switch (kindOfGroup(group, !mustBeABook_)) {
+                 case Detail::Translator: break;
+                 case Detail::Description: details += (details.empty() ? "" : " ") + group; break;
+                 case Detail::Editor: {
+                   const std::string_view tag = editorTagOf(inner);
+                   s.set(Field::editorStr, inner.substr(0, inner.size() - tag.size() - 2));
+                   s.set(Field::CompilerOrEditor, std::string(tag));
+                   s.set(Field::isEditor, !str().beginsWith(tag, "Comp"));
+                   break;
                  }
+                 default:
+                   for (const std::string& raw : str().split(inner, ", ", -1)) {
+                     const std::string part = str().trimmed(raw);
+                     switch (kindOfPart(part)) {
+                       case Part::Volume: volume = part; break;
+                       case Part::Pages: pages = part; break;
+                       case Part::Edition: edition = part; break;
+                       default: details += (details.empty() ? "(" : " (") + part + ")"; break;
+                     }
+                   }
                }
              }
            });
@@ -803,7 +845,6 @@ void NonPeriodical::parseAndRemoveEditionVolumeAndPage(std::string& str_, bool g
            });
            proc.step([&] { parseAndRemovePage(pages); });
            proc.step([&] { s.set(Field::publicationMediumDetails, details); });
-           proc.step([&] { str_ = lead + title + (rest.empty() || title.empty() ? "" : ". ") + rest; });
          });
 }
 
@@ -844,7 +885,7 @@ void NonPeriodical::parseAndRemoveMultiPartWork(std::string& str_) {
       if (at == std::string::npos) return;
       size_t number = at + 7;
       size_t end = number;
-      while (end < str_.size() && str_[end] != '.' && str_[end] != ' ' && str_[end] != '(') ++end;
+      while (end < str_.size() && str_[end] != '.' && str_[end] != ' ') ++end;
       if (end == number) return;
       const std::string volume = str_.substr(at + 2, end - at - 2);
       // The volume's own title follows ". " or ": ", up to its group or sentence end.
@@ -859,6 +900,9 @@ void NonPeriodical::parseAndRemoveMultiPartWork(std::string& str_) {
         str().stripTrailing(volumeTitle, ".");
         rest = rest.substr(std::min(stop, rest.size()));
       }
+      // "Lecture notes in computer science: Vol. 11353" without a volume title
+      // is the series and its number: the title as written.
+      if (volumeTitle.empty()) return;
       s.set(Field::volume, volume);
       s.set(Field::MultiPartWork, volumeTitle);
       s.set(Field::IsMultiVol, true);
@@ -1036,14 +1080,22 @@ std::string NonPeriodical::getPageString() {
   });
 }
 
-// The description after the title: its groups as typed, then the medium in brackets.
+// The description after the title: a book's editor, its groups as typed,
+// then the medium in brackets.
 std::string NonPeriodical::getMediumString() {
   return traced(*this, "getMediumString", [&](Procedure& proc) {
-    std::string details, medium;
-    proc.step([&] { details = source().text(Field::publicationMediumDetails); });
+    std::string text, medium, names;
+    proc.step([&] {
+      if (source().text(Field::subwork).empty()) names = source().text(Field::editorStr);
+    });
+    if (!names.empty()) text = "(" + names + ", " + source().text(Field::CompilerOrEditor) + ")";
+    proc.step([&] {
+      const std::string details = source().text(Field::publicationMediumDetails);
+      if (!details.empty()) text += (text.empty() ? "" : " ") + details;
+    });
     proc.step([&] { medium = source().text(Field::Medium); });
-    if (medium.empty()) return details;
-    return details.empty() ? "[" + medium + "]" : details + " [" + medium + "]";
+    if (!medium.empty()) text += (text.empty() ? "[" : " [") + medium + "]";
+    return text;
   });
 }
 

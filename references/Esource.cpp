@@ -60,6 +60,10 @@ const MemberTable& Esource::members() {
               {"isFootnote", {"items", VarType::String}, {"formattedItems", VarType::Object}, "shortenedVersion"})
           .method<&Esource::parseEntry>("parseEntry", {"str", "titleStr", "isFootnote"})
           .method<&Esource::getType>("getType")
+          .method<&Esource::parseAndRemoveType>("parseAndRemoveType", {"str"})
+          .method<&Esource::parseAndRemoveWeb>("parseAndRemoveWeb", {"str"})
+          .method<&Esource::parseEmail>("parseEmail", {"str"})
+          .method<&Esource::parseAndRemoveDate>("parseAndRemoveDate", {"str"})
           .build();
   return table;
 }

@@ -239,11 +239,11 @@ struct Arg<ParamArray> {
 };
 
 template <class P>
-constexpr bool isOptionalType = false;
+inline constexpr bool isOptionalType = false;
 template <class T>
-constexpr bool isOptionalType<std::optional<T>> = true;
+inline constexpr bool isOptionalType<std::optional<T>> = true;
 template <>
-constexpr bool isOptionalType<ParamArray> = true;
+inline constexpr bool isOptionalType<ParamArray> = true;
 
 template <class R>
 Variant toResult(R&& r) {

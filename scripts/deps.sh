@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Installs from Debian's archive whatever building (and, with --office,
-# checking documents in LibreOffice) needs and the machine lacks.
+# checking documents in LibreOffice, --fuzz fuzzing with clang) needs and the machine lacks.
 set -euo pipefail
 
 packages=(g++ cmake make pkg-config python3 libgtest-dev libgmock-dev libbenchmark-dev libzip-dev libpugixml-dev)
-if [[ "${1:-}" == --office ]]; then
-  packages+=(libreoffice-writer-nogui poppler-utils fonts-liberation fonts-dejavu-core)
-fi
+case "${1:-}" in
+  --office) packages+=(libreoffice-writer-nogui poppler-utils fonts-liberation fonts-dejavu-core) ;;
+  --fuzz) packages+=(clang-16 libclang-rt-16-dev) ;;  # clang 16 knows std::source_location
+esac
 
 missing=()
 for p in "${packages[@]}"; do

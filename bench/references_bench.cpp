@@ -3,6 +3,8 @@
 // on as shipped (parameter texts off, as without the trace switch).
 #include <benchmark/benchmark.h>
 
+#include <sys/resource.h>
+
 #include <cstdlib>
 #include <fstream>
 #include <string>
@@ -61,5 +63,63 @@ void BM_ReferencesEndToEnd(benchmark::State& state) {
   state.counters["references/s"] = benchmark::Counter(static_cast<double>(done), benchmark::Counter::kIsRate);
 }
 BENCHMARK(BM_ReferencesEndToEnd)->Unit(benchmark::kMillisecond);
+
+double peakRssMb() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return static_cast<double>(usage.ru_maxrss) / 1024.0;
+}
+
+// One entry of `bytes` bytes in a shape that stresses one part of the
+// reader: a long title, many sentences, many unclosed or closed groups,
+// a long author list, many "In " parts.
+std::string longEntry(int shape, size_t bytes) {
+  static const char* pieces[] = {"word ", "Word. ", " (x", " (a)", "Smith, J., ", ". In A (Ed.), ", "\xC3\xA9\x01]"};
+  std::string text = shape == 4 ? "" : "Smith, J. (2001). ";
+  while (text.size() < bytes) text += pieces[shape];
+  if (shape == 4) text += "(2001). Title. Place: Publisher.";
+  return text + ". New York, NY: Wiley.";
+}
+
+// The cost of one long entry: linear in its length for every shape (the
+// complexity fit reports it), the memory a few copies of the entry.
+void BM_LongEntry(benchmark::State& state) {
+  ::setenv("XDG_CONFIG_HOME", "/nonexistent", 1);
+  static quillpaper::Session session(
+      quillpaper::DiagnosticsService::Options{quillpaper::ErrorPolicy::Ignore, {}, "/tmp"});
+  quillpaper::ReferencePipeline pipeline(session);
+  const std::string entry = longEntry(static_cast<int>(state.range(0)), static_cast<size_t>(state.range(1)));
+  for (auto _ : state) benchmark::DoNotOptimize(pipeline.format(entry));
+  state.SetComplexityN(state.range(1));
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * state.range(1));
+  state.counters["peak_rss_mb"] = peakRssMb();
+}
+BENCHMARK(BM_LongEntry)
+    ->ArgsProduct({{0, 1, 2, 3, 4, 5, 6}, {1 << 16, 1 << 18, 1 << 20}})
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(1);
+
+// A reference file of 10,000 and of 100,000 lines, formatted one after the
+// other as `quillpaper refs` does: the time per line stays the same and the
+// memory does not grow with the number of lines formatted.
+void BM_ReferenceFile(benchmark::State& state) {
+  static const std::vector<std::string> entries = loadEntries();
+  if (entries.empty()) {
+    state.SkipWithError("the development references were not found");
+    return;
+  }
+  ::setenv("XDG_CONFIG_HOME", "/nonexistent", 1);
+  static quillpaper::Session session(
+      quillpaper::DiagnosticsService::Options{quillpaper::ErrorPolicy::Ignore, {}, "/tmp"});
+  quillpaper::ReferencePipeline pipeline(session);
+  const size_t lines = static_cast<size_t>(state.range(0));
+  const double before = peakRssMb();
+  for (auto _ : state)
+    for (size_t i = 0; i < lines; ++i) benchmark::DoNotOptimize(pipeline.format(entries[i % entries.size()]));
+  state.counters["lines/s"] =
+      benchmark::Counter(static_cast<double>(lines * state.iterations()), benchmark::Counter::kIsRate);
+  state.counters["rss_growth_mb"] = peakRssMb() - before;
+}
+BENCHMARK(BM_ReferenceFile)->Arg(10000)->Arg(100000)->Unit(benchmark::kSecond)->Iterations(1);
 
 }  // namespace

@@ -400,11 +400,13 @@ bool hasPeriodicalNumber(const std::string& text) {
   return traced(kModule, "hasPeriodicalNumber", params(arg("text", text)), [&](Procedure& proc) {
     bool found = false;
     proc.step([&] {
-      int32_t at = str().find(text, "(");
-      // An entry that opens with its parenthesis gets no answer here.
-      if (at <= 1) return;
-      for (; at > 0; at = str().find(text, "(", at + 1)) {
-        if (isNumeric(charAt(text, at - 1)) && isNumeric(charAt(text, at + 1))) {
+      // An entry that opens with its parenthesis gets no answer here. Figures
+      // are single bytes in UTF-8, so the text is read byte by byte.
+      const auto figure = [&](size_t i) { return i < text.size() && text[i] >= '0' && text[i] <= '9'; };
+      size_t at = text.find('(');
+      if (at == std::string::npos || at == 0) return;
+      for (; at != std::string::npos; at = text.find('(', at + 1)) {
+        if (figure(at - 1) && figure(at + 1)) {
           found = true;
           return;
         }

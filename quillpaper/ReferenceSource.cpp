@@ -24,10 +24,10 @@ bool isDateGroup(std::string_view content) {
 
 // The position of the blank before the reference's date group, or npos.
 size_t dateGroup(std::string_view text) {
+  // A date is short: only the next 41 characters are looked at for its ")".
   for (size_t at = text.find(" ("); at != std::string_view::npos; at = text.find(" (", at + 1)) {
-    const size_t close = text.find(')', at + 2);
-    if (close == std::string_view::npos) return std::string_view::npos;
-    if (close - at - 2 <= 40 && isDateGroup(text.substr(at + 2, close - at - 2))) return at;
+    const size_t close = text.substr(at + 2, 41).find(')');
+    if (close != std::string_view::npos && isDateGroup(text.substr(at + 2, close))) return at;
   }
   return std::string_view::npos;
 }

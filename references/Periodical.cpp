@@ -16,6 +16,9 @@ const QuillStrings::StringUtility& str() { return QuillStrings::strings(); }
 
 constexpr std::string_view kAdvanceOnline = "Advance online publication";
 
+// The longest text read as a periodical's name, volume, issue and pages.
+constexpr size_t kLongestSource = 500;
+
 // The periodical template, items 0 to 7: author (or the title in its place),
 // date, title, periodical, volume, issue, pages, retrieval statement. Row 3
 // carries a second set for advance online publications (a full stop, not a
@@ -216,6 +219,9 @@ std::string Periodical::FindTitleImpl(const std::string& str_, bool& isFootnote,
                     std::vector<size_t> starts = sentenceStarts(main);
                     starts.insert(starts.begin(), 0);
                     for (auto it = starts.rbegin(); it != starts.rend(); ++it) {
+                      // A periodical's name with its volume, issue and pages is short;
+                      // the sentences further back are longer still.
+                      if (main.size() - *it > kLongestSource) break;
                       const std::string candidate = main.substr(*it);
                       const std::string found = periodicalSource(candidate);
                       if (!found.empty() && str().beginsWith(candidate, found)) {

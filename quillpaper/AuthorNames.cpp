@@ -144,7 +144,9 @@ std::vector<PersonName> parseGivenFirstNames(std::string_view list) {
         size_t next = name.find(' ', i);
         if (next == std::string_view::npos) next = name.size();
         const std::string_view word = name.substr(i, next - i);
-        const bool initial = word.size() <= 4 && word.back() == '.';
+        // "A.", "J.-P.", "Th.": short, closed by a full stop.
+        const bool initial = word.size() <= 6 && word.back() == '.' && word.front() >= 'A' && word.front() <= 'Z' &&
+                             word.find(' ') == std::string_view::npos;
         if (!initial) {
           familyAt = i;
           break;

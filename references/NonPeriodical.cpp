@@ -323,7 +323,8 @@ bool NonPeriodical::IsFootnoteEntry(const std::string& author, const std::string
                   return proc.step([&] {
                     std::string text = str().trimmed(entry);
                     str().stripTrailing(text, ".");
-                    const size_t page = std::max(text.rfind(", p. "), text.rfind(", pp. "));
+                    size_t page = text.rfind(", p. ");
+                    if (page == std::string::npos) page = text.rfind(", pp. ");
                     return page != std::string::npos && page > 0 && text[page - 1] == ')' &&
                            references::dateGroup(text) == std::string::npos;
                   });

@@ -195,3 +195,59 @@ TEST(BookReferencesTest, ElectronicSourceTypes) {
 
 }  // namespace
 }  // namespace quillpaper
+
+namespace quillpaper {
+namespace {
+
+// Editor lists after "In ": given names first, particles kept with the family.
+TEST(BookReferencesTest, EditorNamesGivenFirst) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"A. C. Gaw", "Gaw"},
+      {"C. F. Van Parreren & J. A. M. Carpay", "Van Parreren|Carpay"},
+      {"R. Battiti, M. Brunato, I. Kotsireas, & P. Pardalos", "Battiti|Brunato|Kotsireas|Pardalos"},
+      {"J.-P. Sartre and S. de Beauvoir", "Sartre|de Beauvoir"},
+      {"Anonymous", "Anonymous"},
+  };
+  for (const auto& [list, expected] : rows) EXPECT_EQ(families(parseGivenFirstNames(list)), expected) << list;
+}
+
+// A footnote cites a page at its end; the page comes off the note.
+TEST(BookReferencesTest, FootnotePages) {
+  session();
+  const ObjectRef book = QuillFormatAPA::createObject("QuillFormatAPA.NonPeriodical");
+  const auto isFootnote = [&](const char* entry) {
+    return callByName(book, "IsFootnoteEntry", "", "", std::string(entry)).toBool();
+  };
+  EXPECT_TRUE(isFootnote("J. Smith, A history of things (New York: Wiley, 1990), p. 12."));
+  EXPECT_FALSE(isFootnote("Smith, J. (1990). A history of things. New York, NY: Wiley."));
+  std::string note = "J. Smith, A history (New York: Wiley, 1990), pp. 12–14.";
+  EXPECT_EQ(callByName(book, "extractPageNumberFromFootnote", byRef(note)).toString(), "12–14");
+  EXPECT_EQ(note, "J. Smith, A history (New York: Wiley, 1990).");
+}
+
+// Input no reference list should hold: a sensible result or a clear problem,
+// the entry kept as typed, never a crash or an error inside the library.
+TEST(BookReferencesTest, MalformedInput) {
+  std::string huge = "Smith, J. (2001). ";
+  while (huge.size() < (1u << 20)) huge += "Word. (x [y ";
+  const std::string rows[] = {
+      "Smith, J. (2001). Bad \xC3\x28 bytes \xFF. New York, NY: Wiley.",
+      std::string("Smith, J. (2001). Control\x01\x02 characters\x7F. Place: Publisher.", 61),
+      std::string("Nul\0inside (2001). Title. Place: Publisher.", 43),
+      "(((((((((((((((((((((",
+      ")))))]]]]]. . . . In In In (Ed.), (Eds.),",
+      "Smith, J. (2001). [",
+      huge,
+  };
+  for (const std::string& entry : rows) {
+    SCOPED_TRACE(entry.substr(0, 60));
+    const FormattedReference f = format(entry);
+    for (const std::string& problem : f.problems) EXPECT_EQ(problem.find("formatting library"), std::string::npos);
+    if (f.ok()) {
+      EXPECT_FALSE(f.text().empty());
+    }
+  }
+}
+
+}  // namespace
+}  // namespace quillpaper

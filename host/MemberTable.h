@@ -307,34 +307,34 @@ void thunk(Object& self, Variant* const* slots, Variant& result) {
 }
 
 template <auto M>
-std::vector<ParamInfo> describeParams(std::string_view member, std::initializer_list<Param> specs,
+std::vector<ParamInfo> describeParams(std::string_view member, std::initializer_list<Param> declared,
                                       size_t extra = 0);
 
 QFA_API void checkArity(std::string_view member, size_t declared, size_t expected);
 
 template <auto M>
-std::vector<ParamInfo> describeParams(std::string_view member, std::initializer_list<Param> specs,
+std::vector<ParamInfo> describeParams(std::string_view member, std::initializer_list<Param> declared,
                                       size_t extra) {
   using F = MemberFn<decltype(M)>;
   constexpr size_t n = std::tuple_size_v<typename F::Params>;
-  checkArity(member, specs.size() + extra, n);
+  checkArity(member, declared.size() + extra, n);
   std::vector<ParamInfo> out;
-  auto spec = specs.begin();
+  auto decl = declared.begin();
   [&]<class... P>(std::tuple<P...>*) {
     (
         [&] {
-          if (out.size() == specs.size()) return;  // the trailing value of a property write
+          if (out.size() == declared.size()) return;  // the trailing value of a property write
           ParamInfo info;
-          info.name = std::string(spec->name);
+          info.name = std::string(decl->name);
           info.type = Arg<P>::type();
-          if (info.type.isArray && spec->arrayElement != VarType::Empty)
-            info.type.type = spec->arrayElement;
+          if (info.type.isArray && decl->arrayElement != VarType::Empty)
+            info.type.type = decl->arrayElement;
           info.byRef = Arg<P>::byRef;
           info.paramArray = std::is_same_v<std::remove_cvref_t<P>, ParamArray>;
-          info.optional = spec->optional || isOptionalType<std::remove_cvref_t<P>>;
-          info.defaultValue = spec->defaultValue;
+          info.optional = decl->optional || isOptionalType<std::remove_cvref_t<P>>;
+          info.defaultValue = decl->defaultValue;
           out.push_back(std::move(info));
-          ++spec;
+          ++decl;
         }(),
         ...);
   }(static_cast<typename F::Params*>(nullptr));

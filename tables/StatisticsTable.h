@@ -73,7 +73,7 @@ inline Step spannerAll(const char* text, bool spaceBeforeAfter, bool underline) 
 inline Step repairRule() { return {Step::Kind::RepairRule, {}}; }
 
 // Everything one table knows.
-struct TableSpec {
+struct TableLayout {
   std::string_view className;
   std::string_view caption;
   int16_t columns;
@@ -82,28 +82,28 @@ struct TableSpec {
   std::optional<std::string_view> element5;  // metadata element 5, where the table sets it
 };
 
-// The common members: initTableSpecificMetadata, AddRow, AddTableNotes and
-// the columns property. Derived provides `static const TableSpec& spec();`
+// The common members: initTableLayoutificMetadata, AddRow, AddTableNotes and
+// the columns property. Derived provides `static const TableLayout& layout();`
 // and, where its rows ask for them, WorkaroundUnderlineLoss and sigmaSquared.
 template <class Derived>
 class StatisticsTable : public Dispatchable<Derived>, public Module {
  public:
   static const MemberTable& members() {
-    static const MemberTable& table = ClassBuilder<Derived>(std::string(Derived::spec().className))
-                                  .template method<&StatisticsTable::initTableSpecificMetadata>(
-                                      "initTableSpecificMetadata", {{"metadata", VarType::String}})
+    static const MemberTable& table = ClassBuilder<Derived>(std::string(Derived::layout().className))
+                                  .template method<&StatisticsTable::initTableLayoutificMetadata>(
+                                      "initTableLayoutificMetadata", {{"metadata", VarType::String}})
                                   .template method<&StatisticsTable::AddRow>("AddRow", {"row", "Table"})
                                   .template method<&StatisticsTable::AddTableNotes>("AddTableNotes", {"Table"})
                                   .build();
     return table;
   }
-  std::string_view moduleName() const noexcept override { return Derived::spec().className; }
+  std::string_view moduleName() const noexcept override { return Derived::layout().className; }
 
   // Writes elements 4, 1, 2 and 0 (and 5 where the table has it), counted
   // from the array's lower bound.
-  void initTableSpecificMetadata(Array& metadata) {
-    traced(*this, "initTableSpecificMetadata", params(arg("metadata", metadata)), [&](Procedure& proc) {
-      const TableSpec& s = Derived::spec();
+  void initTableLayoutificMetadata(Array& metadata) {
+    traced(*this, "initTableLayoutificMetadata", params(arg("metadata", metadata)), [&](Procedure& proc) {
+      const TableLayout& s = Derived::layout();
       int32_t lower = 0;
       proc.step([&] { lower = metadata.lowerBound(); });
       proc.step([&] { metadata.set(lower + 4, "1"); });
@@ -120,7 +120,7 @@ class StatisticsTable : public Dispatchable<Derived>, public Module {
       ObjectRef theTable;
       proc.local("theTable", theTable);
       proc.step([&] { theTable = Table; });
-      const std::vector<Row>& rows = Derived::spec().rows;
+      const std::vector<Row>& rows = Derived::layout().rows;
       const int index = row - 1;
       if (index < 0 || index >= static_cast<int>(rows.size())) return;
       const host::TableRef t(theTable);
@@ -132,12 +132,12 @@ class StatisticsTable : public Dispatchable<Derived>, public Module {
   void AddTableNotes(const ObjectRef& Table) {
     traced(*this, "AddTableNotes", params(arg("Table", Table)), [&](Procedure& proc) {
       const host::TableRef t(Table);
-      for (const Note& n : Derived::spec().notes) proc.step([&] { t.AddTableNote(n.text, n.general); });
+      for (const Note& n : Derived::layout().notes) proc.step([&] { t.AddTableNote(n.text, n.general); });
     });
   }
 
   int16_t columns() {
-    return traced(*this, "columns[Get]", [](Procedure&) { return Derived::spec().columns; });
+    return traced(*this, "columns[Get]", [](Procedure&) { return Derived::layout().columns; });
   }
 
  private:

@@ -4,8 +4,8 @@ namespace QuillFormatAPA {
 
 using namespace tables;
 
-const TableSpec& TableAnova::spec() {
-  static const TableSpec s{
+const TableLayout& TableAnova::layout() {
+  static const TableLayout s{
       "TableAnova",
       "Analysis of Variance for Classical Conditioning",
       5,

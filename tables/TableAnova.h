@@ -6,7 +6,7 @@ namespace QuillFormatAPA {
 
 class TableAnova final : public tables::StatisticsTable<TableAnova> {
  public:
-  static const tables::TableSpec& spec();
+  static const tables::TableLayout& layout();
 };
 
 }  // namespace QuillFormatAPA

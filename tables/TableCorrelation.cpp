@@ -4,9 +4,9 @@ namespace QuillFormatAPA {
 
 using namespace tables;
 
-const TableSpec& TableCorrelation::spec() {
+const TableLayout& TableCorrelation::layout() {
   // Row k of a matrix skips k-1 cells before its diagonal "--".
-  static const TableSpec s{
+  static const TableLayout s{
       "TableCorrelation",
       "Intercorrelations Between\r\nSubscales for Students and Older Adults",
       5,

@@ -6,7 +6,7 @@ namespace QuillFormatAPA {
 
 class TableCorrelation final : public tables::StatisticsTable<TableCorrelation> {
  public:
-  static const tables::TableSpec& spec();
+  static const tables::TableLayout& layout();
 };
 
 }  // namespace QuillFormatAPA

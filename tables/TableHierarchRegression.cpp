@@ -4,10 +4,10 @@ namespace QuillFormatAPA {
 
 using namespace tables;
 
-const TableSpec& TableHierarchRegression::spec() {
+const TableLayout& TableHierarchRegression::layout() {
   // Three groups of two columns with an empty column before each; the step
   // rows fill eight cells and the label rows one, the rest stays as it is.
-  static const TableSpec s{
+  static const TableLayout s{
       "TableHierarchRegression",
       "Hierarchical Multiple Regression Analyses Predicting Postabortion Positive Well-Being From Preabortion Social "
       "Support and Preabortion Social Conflict With Mother, Partner, and Friend",

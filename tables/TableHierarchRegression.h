@@ -6,7 +6,7 @@ namespace QuillFormatAPA {
 
 class TableHierarchRegression final : public tables::StatisticsTable<TableHierarchRegression> {
  public:
-  static const tables::TableSpec& spec();
+  static const tables::TableLayout& layout();
 };
 
 }  // namespace QuillFormatAPA

@@ -4,8 +4,8 @@ namespace QuillFormatAPA {
 
 using namespace tables;
 
-const TableSpec& TableLisrel::spec() {
-  static const TableSpec s{
+const TableLayout& TableLisrel::layout() {
+  static const TableLayout s{
       "TableLisrel",
       "Factor Loadings and Uniqueness for Confirmatory Factor Model of Type A Behavior Pattern Variables",
       4,

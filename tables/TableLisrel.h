@@ -6,7 +6,7 @@ namespace QuillFormatAPA {
 
 class TableLisrel final : public tables::StatisticsTable<TableLisrel> {
  public:
-  static const tables::TableSpec& spec();
+  static const tables::TableLayout& layout();
 };
 
 }  // namespace QuillFormatAPA

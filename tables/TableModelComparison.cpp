@@ -4,9 +4,9 @@ namespace QuillFormatAPA {
 
 using namespace tables;
 
-const TableSpec& TableModelComparison::spec() {
+const TableLayout& TableModelComparison::layout() {
   static const Row differenceBetween = {TC({"        Difference between"})};
-  static const TableSpec s{
+  static const TableLayout s{
       "TableModelComparison",
       "Fit Indices for Nested Sequence of Cross-Sectional Models",
       6,

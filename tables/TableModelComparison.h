@@ -6,7 +6,7 @@ namespace QuillFormatAPA {
 
 class TableModelComparison final : public tables::StatisticsTable<TableModelComparison> {
  public:
-  static const tables::TableSpec& spec();
+  static const tables::TableLayout& layout();
 };
 
 }  // namespace QuillFormatAPA

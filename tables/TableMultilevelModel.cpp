@@ -4,9 +4,9 @@ namespace QuillFormatAPA {
 
 using namespace tables;
 
-const TableSpec& TableMultilevelModel::spec() {
+const TableLayout& TableMultilevelModel::layout() {
   static const Row level2 = {TL({"Level 2"})};
-  static const TableSpec s{
+  static const TableLayout s{
       "TableMultilevelModel",
       "Fixed Effects Estimates (Top) and Variance-Covariance Estimates (Bottom) for Models of the Predictors of "
       "Positive Parenting",

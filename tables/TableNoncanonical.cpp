@@ -4,11 +4,11 @@ namespace QuillFormatAPA {
 
 using namespace tables;
 
-const TableSpec& TableNoncanonical::spec() {
+const TableLayout& TableNoncanonical::layout() {
   // The stub column, two groups of three columns and an empty column between
   // them. The block spanners start after one move and still span all columns:
   // the template tolerates a span past the last column.
-  static const TableSpec s{
+  static const TableLayout s{
       "TableNoncanonical",
       "Mean Numbers of Correct Responses by Children With and Without Pretraining",
       8,

@@ -6,7 +6,7 @@ namespace QuillFormatAPA {
 
 class TableNoncanonical final : public tables::StatisticsTable<TableNoncanonical> {
  public:
-  static const tables::TableSpec& spec();
+  static const tables::TableLayout& layout();
 };
 
 }  // namespace QuillFormatAPA

@@ -4,10 +4,10 @@ namespace QuillFormatAPA {
 
 using namespace tables;
 
-const TableSpec& TableRegression::spec() {
+const TableLayout& TableRegression::layout() {
   // The texts stand as the example prints them, the three decimals of
   // "3.192" and the repeated "Moral identity symbolization" included.
-  static const TableSpec s{
+  static const TableLayout s{
       "TableRegression",
       "Predictors of Self-Reported Moral Behavior",
       5,

@@ -4,8 +4,8 @@ namespace QuillFormatAPA {
 
 using namespace tables;
 
-const TableSpec& TableWord::spec() {
-  static const TableSpec s{
+const TableLayout& TableWord::layout() {
+  static const TableLayout s{
       "TableWord",
       "Inductively Developed Thematic Categories",
       4,

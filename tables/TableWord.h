@@ -6,7 +6,7 @@ namespace QuillFormatAPA {
 
 class TableWord final : public tables::StatisticsTable<TableWord> {
  public:
-  static const tables::TableSpec& spec();
+  static const tables::TableLayout& layout();
 };
 
 }  // namespace QuillFormatAPA

@@ -48,17 +48,7 @@ const references::TemplateRow kRows[] = {
 
 const MemberTable& Esource::members() {
   static const MemberTable& table =
-      ClassBuilder<Esource>("Esource")
-          .method<&Esource::setDataSource>("setDataSource", {"superClass"})
-          .method<&Esource::getMetaData>("getMetaData", {"formatterSettings", "productName"})
-          .method<&Esource::initChecking>("initChecking", {"isFootnote", {"checkingArray", VarType::Boolean}})
-          .method<&Esource::IsFootnoteEntry>("IsFootnoteEntry", {"author", "title", "entry"})
-          .method<&Esource::FindTitleImpl>("FindTitleImpl", {"str", "isFootnote", "decoratedStr", "subTitle"})
-          .method<&Esource::extractPageNumberFromFootnote>("extractPageNumberFromFootnote", {"prevFootnoteStr"})
-          .method<&Esource::toFormattedStringImpl>(
-              "toFormattedStringImpl",
-              {"isFootnote", {"items", VarType::String}, {"formattedItems", VarType::Object}, "shortenedVersion"})
-          .method<&Esource::parseEntry>("parseEntry", {"str", "titleStr", "isFootnote"})
+      references::contractMembers<Esource>("Esource")
           .method<&Esource::getType>("getType")
           .method<&Esource::parseAndRemoveType>("parseAndRemoveType", {"str"})
           .method<&Esource::parseAndRemoveWeb>("parseAndRemoveWeb", {"str"})

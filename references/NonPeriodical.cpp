@@ -269,16 +269,7 @@ NonPeriodical::NonPeriodical()
 
 const MemberTable& NonPeriodical::members() {
   static const MemberTable& table =
-      ClassBuilder<NonPeriodical>("NonPeriodical")
-          .method<&NonPeriodical::setDataSource>("setDataSource", {"superClass"})
-          .method<&NonPeriodical::getMetaData>("getMetaData", {"formatterSettings", "productName"})
-          .method<&NonPeriodical::IsFootnoteEntry>("IsFootnoteEntry", {"author", "title", "entry"})
-          .method<&NonPeriodical::FindTitleImpl>("FindTitleImpl", {"str", "isFootnote", "decoratedStr", "subTitle"})
-          .method<&NonPeriodical::extractPageNumberFromFootnote>("extractPageNumberFromFootnote", {"prevFootnoteStr"})
-          .method<&NonPeriodical::toFormattedStringImpl>(
-              "toFormattedStringImpl",
-              {"isFootnote", {"items", VarType::String}, {"formattedItems", VarType::Object}, "shortenedVersion"})
-          .method<&NonPeriodical::parseEntry>("parseEntry", {"str", "titleStr", "isFootnote"})
+      references::contractMembers<NonPeriodical>("NonPeriodical")
           .build();
   return table;
 }

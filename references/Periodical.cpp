@@ -132,17 +132,7 @@ std::string periodicalSource(std::string source) {
 
 const MemberTable& Periodical::members() {
   static const MemberTable& table =
-      ClassBuilder<Periodical>("Periodical")
-          .method<&Periodical::setDataSource>("setDataSource", {"superClass"})
-          .method<&Periodical::getMetaData>("getMetaData", {"formatterSettings", "productName"})
-          .method<&Periodical::initChecking>("initChecking", {"isFootnote", {"checkingArray", VarType::Boolean}})
-          .method<&Periodical::IsFootnoteEntry>("IsFootnoteEntry", {"author", "title", "entry"})
-          .method<&Periodical::FindTitleImpl>("FindTitleImpl", {"str", "isFootnote", "decoratedStr", "subTitle"})
-          .method<&Periodical::extractPageNumberFromFootnote>("extractPageNumberFromFootnote", {"prevFootnoteStr"})
-          .method<&Periodical::toFormattedStringImpl>(
-              "toFormattedStringImpl",
-              {"isFootnote", {"items", VarType::String}, {"formattedItems", VarType::Object}, "shortenedVersion"})
-          .method<&Periodical::parseEntry>("parseEntry", {"str", "titleStr", "isFootnote"})
+      references::contractMembers<Periodical>("Periodical")
           .build();
   return table;
 }

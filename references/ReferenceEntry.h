@@ -40,6 +40,25 @@ size_t dateGroup(std::string_view text);
 std::vector<size_t> sentenceStarts(std::string_view text);
 bool isOneSentence(std::string_view text);
 
+// The members every entry class offers, in the order the template calls
+// them (initChecking only where the class has one); the class adds its own.
+template <class T>
+ClassBuilder<T> contractMembers(std::string className) {
+  ClassBuilder<T> b(std::move(className));
+  b.template method<&T::setDataSource>("setDataSource", {"superClass"});
+  b.template method<&T::getMetaData>("getMetaData", {"formatterSettings", "productName"});
+  if constexpr (requires { &T::initChecking; })
+    b.template method<&T::initChecking>("initChecking", {"isFootnote", {"checkingArray", VarType::Boolean}});
+  b.template method<&T::IsFootnoteEntry>("IsFootnoteEntry", {"author", "title", "entry"});
+  b.template method<&T::FindTitleImpl>("FindTitleImpl", {"str", "isFootnote", "decoratedStr", "subTitle"});
+  b.template method<&T::extractPageNumberFromFootnote>("extractPageNumberFromFootnote", {"prevFootnoteStr"});
+  b.template method<&T::toFormattedStringImpl>(
+      "toFormattedStringImpl",
+      {"isFootnote", {"items", VarType::String}, {"formattedItems", VarType::Object}, "shortenedVersion"});
+  b.template method<&T::parseEntry>("parseEntry", {"str", "titleStr", "isFootnote"});
+  return b;
+}
+
 // A by-reference array's element `k`, counted from its lower bound.
 inline int32_t at(const Array& a, int32_t k) { return a.lowerBound() + k; }
 

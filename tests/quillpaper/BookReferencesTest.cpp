@@ -4,17 +4,14 @@
 #include "host/CallSite.h"
 #include "quillpaper/ReferenceFormatter.h"
 #include "quillpaper/ReferencePipeline.h"
+#include "tests/quillpaper/ReferenceSupport.h"
 #include "quillpaper/ReferenceSource.h"
 
 namespace quillpaper {
 namespace {
 
-Session& session() {
-  static Session s(DiagnosticsService::Options{ErrorPolicy::Exit, {}, ::testing::TempDir()});
-  return s;
-}
-
-FormattedReference format(const std::string& entry) { return ReferencePipeline(session()).format(entry, 1); }
+using testing::format;
+using testing::session;
 
 std::string italics(const FormattedReference& f) {
   std::string out;

@@ -5,17 +5,14 @@
 #include "quillpaper/ReferenceFormatter.h"
 #include "quillpaper/ReferenceList.h"
 #include "quillpaper/ReferencePipeline.h"
+#include "tests/quillpaper/ReferenceSupport.h"
 #include "quillpaper/ReferenceTests.h"
 
 namespace quillpaper {
 namespace {
 
-Session& session() {
-  static Session s(DiagnosticsService::Options{ErrorPolicy::Exit, {}, ::testing::TempDir()});
-  return s;
-}
-
-FormattedReference format(const std::string& entry) { return ReferencePipeline(session()).format(entry, 1); }
+using testing::format;
+using testing::session;
 
 // Periodical articles as APA 6 writes them: each must come back exactly, with
 // the fields a reader would name. Catches a parse step that takes too much or

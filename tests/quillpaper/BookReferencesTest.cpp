@@ -225,12 +225,13 @@ TEST(BookReferencesTest, FootnotePages) {
 // Input no reference list should hold: a sensible result or a clear problem,
 // the entry kept as typed, never a crash or an error inside the library.
 TEST(BookReferencesTest, MalformedInput) {
+  using namespace std::string_literals;
   std::string huge = "Smith, J. (2001). ";
   while (huge.size() < (1u << 20)) huge += "Word. (x [y ";
   const std::string rows[] = {
       "Smith, J. (2001). Bad \xC3\x28 bytes \xFF. New York, NY: Wiley.",
-      std::string("Smith, J. (2001). Control\x01\x02 characters\x7F. Place: Publisher.", 61),
-      std::string("Nul\0inside (2001). Title. Place: Publisher.", 43),
+      "Smith, J. (2001). Control\x01\x02 characters\x7F. Place: Publisher."s,
+      "Nul\0inside (2001). Title. Place: Publisher."s,
       "(((((((((((((((((((((",
       ")))))]]]]]. . . . In In In (Ed.), (Eds.),",
       "Smith, J. (2001). [",

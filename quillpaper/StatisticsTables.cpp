@@ -98,7 +98,7 @@ std::shared_ptr<doc::TableBlock> buildStatisticsTable(Session& session, int inde
   Array metadata = Array::vector(0, 13, VarType::String);
   const ObjectRef table = callByName(session.main2(), "TableTemplate", static_cast<int16_t>(index), byRef(metadata)).toObject();
   if (!table) throw std::runtime_error("the library made no table for button " + std::to_string(index));
-  callByName(table, "initTableLayoutificMetadata", byRef(metadata));
+  callByName(table, "initTableSpecificMetadata", byRef(metadata));
   double columns = 0, rows = 0;
   if (!parseNumber(metadata.get(1).toString(), columns) || !parseNumber(metadata.get(2).toString(), rows) ||
       columns < 1 || columns > 63 || rows < 1 || rows > 1000)

@@ -82,7 +82,7 @@ struct TableLayout {
   std::optional<std::string_view> element5;  // metadata element 5, where the table sets it
 };
 
-// The common members: initTableLayoutificMetadata, AddRow, AddTableNotes and
+// The common members: initTableSpecificMetadata, AddRow, AddTableNotes and
 // the columns property. Derived provides `static const TableLayout& layout();`
 // and, where its rows ask for them, WorkaroundUnderlineLoss and sigmaSquared.
 template <class Derived>
@@ -90,8 +90,8 @@ class StatisticsTable : public Dispatchable<Derived>, public Module {
  public:
   static const MemberTable& members() {
     static const MemberTable& table = ClassBuilder<Derived>(std::string(Derived::layout().className))
-                                  .template method<&StatisticsTable::initTableLayoutificMetadata>(
-                                      "initTableLayoutificMetadata", {{"metadata", VarType::String}})
+                                  .template method<&StatisticsTable::initTableSpecificMetadata>(
+                                      "initTableSpecificMetadata", {{"metadata", VarType::String}})
                                   .template method<&StatisticsTable::AddRow>("AddRow", {"row", "Table"})
                                   .template method<&StatisticsTable::AddTableNotes>("AddTableNotes", {"Table"})
                                   .build();
@@ -101,8 +101,8 @@ class StatisticsTable : public Dispatchable<Derived>, public Module {
 
   // Writes elements 4, 1, 2 and 0 (and 5 where the table has it), counted
   // from the array's lower bound.
-  void initTableLayoutificMetadata(Array& metadata) {
-    traced(*this, "initTableLayoutificMetadata", params(arg("metadata", metadata)), [&](Procedure& proc) {
+  void initTableSpecificMetadata(Array& metadata) {
+    traced(*this, "initTableSpecificMetadata", params(arg("metadata", metadata)), [&](Procedure& proc) {
       const TableLayout& s = Derived::layout();
       int32_t lower = 0;
       proc.step([&] { lower = metadata.lowerBound(); });

@@ -56,7 +56,7 @@ TEST_F(StatisticsTableTest, MetadataMatchesTheRows) {
       ASSERT_TRUE(table);
       Array metadata = Array::vector(0, 13, VarType::String);
       for (int32_t i = 0; i <= 13; ++i) metadata.set(i, "x");
-      callByName(table, "initTableLayoutificMetadata", byRef(metadata));
+      callByName(table, "initTableSpecificMetadata", byRef(metadata));
       EXPECT_EQ(metadata.get(1).toString(), std::to_string(e.columns));
       EXPECT_EQ(metadata.get(2).toString(), std::to_string(e.rows));
       EXPECT_EQ(metadata.get(4).toString(), "1");
@@ -160,7 +160,7 @@ TEST_F(StatisticsTableTest, RowsWithParticulars) {
                                                    "AddSpanner(\"Students (n = 200)\", 5, addSpaceBeforeAfter:=False, "
                                                    "underline:=False)"}));
     Array metadata = Array::vector(0, 13, VarType::String);
-    callByName(correlation, "initTableLayoutificMetadata", byRef(metadata));
+    callByName(correlation, "initTableSpecificMetadata", byRef(metadata));
     EXPECT_EQ(metadata.get(0).toString(), "Intercorrelations Between\r\nSubscales for Students and Older Adults");
 
     ObjectRef anova = createObject("QuillFormatAPA.TableAnova");
@@ -173,7 +173,7 @@ TEST_F(StatisticsTableTest, RowsWithParticulars) {
 TEST_F(StatisticsTableTest, MetadataCountsFromTheLowerBound) {
   run([&] {
     Array metadata = Array::vector(1, 14, VarType::String);
-    callByName(createObject("QuillFormatAPA.TableAnova"), "initTableLayoutificMetadata", byRef(metadata));
+    callByName(createObject("QuillFormatAPA.TableAnova"), "initTableSpecificMetadata", byRef(metadata));
     EXPECT_EQ(metadata.get(1).toString(), "Analysis of Variance for Classical Conditioning");
     EXPECT_EQ(metadata.get(2).toString(), "5");
     EXPECT_EQ(metadata.get(5).toString(), "1");

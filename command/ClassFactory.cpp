@@ -21,46 +21,40 @@ namespace QuillFormatAPA {
 
 namespace {
 
-struct Creatable {
-  std::string_view name;
-  ObjectRef (*create)();
-};
-
 template <class T>
-ObjectRef create() {
-  return make<T>();
+constexpr PublicClass publicClass(std::string_view name) {
+  return {name, [] { return ObjectRef(make<T>()); }, &T::members};
 }
 
 const std::array kClasses{
-    Creatable{"QuillFormatAPA.Main2", [] { return ObjectRef(Main2::create()); }},
-    Creatable{"QuillFormatAPA.Periodical", create<Periodical>},
-    Creatable{"QuillFormatAPA.NonPeriodical", create<NonPeriodical>},
-    Creatable{"QuillFormatAPA.Esource", create<Esource>},
-    Creatable{"QuillFormatAPA.TableWord", create<TableWord>},
-    Creatable{"QuillFormatAPA.TableModelComparison", create<TableModelComparison>},
-    Creatable{"QuillFormatAPA.TableLisrel", create<TableLisrel>},
-    Creatable{"QuillFormatAPA.TableCorrelation", create<TableCorrelation>},
-    Creatable{"QuillFormatAPA.TableAnova", create<TableAnova>},
-    Creatable{"QuillFormatAPA.TableNoncanonical", create<TableNoncanonical>},
-    Creatable{"QuillFormatAPA.TableRegression", create<TableRegression>},
-    Creatable{"QuillFormatAPA.TableHierarchRegression", create<TableHierarchRegression>},
-    Creatable{"QuillFormatAPA.TableMultilevelModel", create<TableMultilevelModel>},
+    PublicClass{"QuillFormatAPA.Main2", [] { return ObjectRef(Main2::create()); }, &Main2::members},
+    publicClass<Periodical>("QuillFormatAPA.Periodical"),
+    publicClass<NonPeriodical>("QuillFormatAPA.NonPeriodical"),
+    publicClass<Esource>("QuillFormatAPA.Esource"),
+    publicClass<TableWord>("QuillFormatAPA.TableWord"),
+    publicClass<TableModelComparison>("QuillFormatAPA.TableModelComparison"),
+    publicClass<TableLisrel>("QuillFormatAPA.TableLisrel"),
+    publicClass<TableCorrelation>("QuillFormatAPA.TableCorrelation"),
+    publicClass<TableAnova>("QuillFormatAPA.TableAnova"),
+    publicClass<TableNoncanonical>("QuillFormatAPA.TableNoncanonical"),
+    publicClass<TableRegression>("QuillFormatAPA.TableRegression"),
+    publicClass<TableHierarchRegression>("QuillFormatAPA.TableHierarchRegression"),
+    publicClass<TableMultilevelModel>("QuillFormatAPA.TableMultilevelModel"),
 };
-
-const std::array<std::string_view, kClasses.size()> kNames = [] {
-  std::array<std::string_view, kClasses.size()> names{};
-  for (size_t i = 0; i < kClasses.size(); ++i) names[i] = kClasses[i].name;
-  return names;
-}();
 
 }  // namespace
 
-std::span<const std::string_view> classNames() noexcept { return kNames; }
+std::span<const PublicClass> publicClasses() noexcept { return kClasses; }
+
+const PublicClass* findClass(std::string_view className) noexcept {
+  for (const PublicClass& c : kClasses)
+    if (QuillStrings::strings().equalsIgnoreCase(c.name, className)) return &c;
+  return nullptr;
+}
 
 ObjectRef createObject(std::string_view className) {
-  for (const Creatable& c : kClasses)
-    if (QuillStrings::strings().equalsIgnoreCase(c.name, className)) return c.create();
-  return ObjectRef();
+  const PublicClass* c = findClass(className);
+  return c ? c->create() : ObjectRef();
 }
 
 }  // namespace QuillFormatAPA

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "diagnostics/Procedure.h"
+#include "host/LibraryObject.h"
 #include "host/MemberTable.h"
 
 namespace QuillFormatAPA {
@@ -12,7 +13,7 @@ namespace QuillFormatAPA {
 // reaches it. It holds no formatting knowledge; each member forwards to the
 // paper builder, the formatter core or the reference-entry classes, or builds
 // one of the small text records the template parses.
-class Main2 final : public Dispatchable<Main2>, public Module {
+class Main2 final : public Dispatchable<Main2>, public Module, private LibraryObject {
  public:
   // A new command object, initialised as the template's creation of one runs it.
   static Ref<Main2> create();

@@ -21,6 +21,7 @@ constexpr std::array kDescriptions{
     Description{kTypeMismatch, "Type mismatch"},
     Description{kInternalError, "Internal error"},
     Description{kFileNotFound, "File not found"},
+    Description{kPathFileAccessError, "Path/File access error"},
     Description{kObjectNotSet, "Object variable or With block variable not set"},
     Description{kInvalidUseOfNull, "Invalid use of Null"},
     Description{kObjectRequired, "Object required"},

@@ -19,6 +19,7 @@ enum ErrorNumber : int32_t {
   kTypeMismatch = 13,
   kInternalError = 51,
   kFileNotFound = 53,
+  kPathFileAccessError = 75,
   kObjectNotSet = 91,
   kInvalidUseOfNull = 94,
   kObjectRequired = 424,

@@ -9,7 +9,7 @@ namespace QuillFormatAPA {
 // Electronic sources that are neither periodicals nor books: e-mail (a
 // personal communication, cited in text only), mailing-list messages, web
 // log posts and comments, online forum comments and video files.
-class Esource final : public Dispatchable<Esource>, public Module {
+class Esource final : public Dispatchable<Esource>, public Module, private LibraryObject {
  public:
   static const MemberTable& members();
   std::string_view moduleName() const noexcept override { return "Esource"; }

@@ -22,7 +22,7 @@ namespace QuillFormatAPA {
 // publication details); without "In" the front part is the whole entry.
 // Each parse step takes its part off the front or the back of the text it
 // is given; the title is what remains between them.
-class NonPeriodical final : public Dispatchable<NonPeriodical>, public Module {
+class NonPeriodical final : public Dispatchable<NonPeriodical>, public Module, private LibraryObject {
  public:
   NonPeriodical();
   static const MemberTable& members();

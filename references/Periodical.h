@@ -9,7 +9,7 @@ namespace QuillFormatAPA {
 // Articles in journals, magazines and newspapers: author, date, article
 // title (with an optional bracketed type), periodical name, volume and issue,
 // pages and a retrieval statement.
-class Periodical final : public Dispatchable<Periodical>, public Module {
+class Periodical final : public Dispatchable<Periodical>, public Module, private LibraryObject {
  public:
   static const MemberTable& members();
   std::string_view moduleName() const noexcept override { return "Periodical"; }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "diagnostics/Procedure.h"
+#include "host/LibraryObject.h"
 #include "host/MemberTable.h"
 #include "host/ReferenceProxies.h"
 

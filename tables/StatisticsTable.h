@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "diagnostics/Procedure.h"
+#include "host/LibraryObject.h"
 #include "host/MemberTable.h"
 #include "host/TableProxy.h"
 
@@ -86,7 +87,7 @@ struct TableLayout {
 // the columns property. Derived provides `static const TableLayout& layout();`
 // and, where its rows ask for them, WorkaroundUnderlineLoss and sigmaSquared.
 template <class Derived>
-class StatisticsTable : public Dispatchable<Derived>, public Module {
+class StatisticsTable : public Dispatchable<Derived>, public Module, private LibraryObject {
  public:
   static const MemberTable& members() {
     static const MemberTable& table = ClassBuilder<Derived>(std::string(Derived::layout().className))

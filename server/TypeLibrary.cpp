@@ -3,6 +3,7 @@
 #include "command/ClassFactory.h"
 #include "host/Array.h"
 #include "host/MemberTable.h"
+#include "server/ClassObject.h"
 #include "server/Json.h"
 
 #ifndef QFA_VERSION_MAJOR
@@ -58,23 +59,29 @@ std::string member(DispId id, const MemberInfo& m) {
   return out + "], \"result\": " + jsonString(m.result.name()) + "}";
 }
 
+// One class: its creatable name (if any), its name and its members in dispatch order.
+std::string classEntry(const MemberTable& table, std::string_view progId) {
+  std::string out = "    {\n";
+  if (!progId.empty()) out += "      \"progId\": " + jsonString(progId) + ",\n";
+  out += "      \"name\": " + jsonString(table.className()) + ",\n      \"members\": [";
+  const auto members = table.members();
+  for (size_t i = 0; i < members.size(); ++i)
+    out += (i ? ",\n        " : "\n        ") + member(static_cast<DispId>(i), members[i]);
+  return out + "\n      ]\n    }";
+}
+
 std::string build() {
   std::string out = "{\n  \"library\": \"QuillFormatAPA\",\n  \"version\": ";
   out += jsonString(kVersion);
   out += ",\n  \"classes\": [";
   bool firstClass = true;
   for (const PublicClass& c : publicClasses()) {
-    const MemberTable& table = c.members();
     out += firstClass ? "\n" : ",\n";
     firstClass = false;
-    out += "    {\n      \"progId\": " + jsonString(c.name) + ",\n      \"name\": " + jsonString(table.className()) +
-           ",\n      \"members\": [";
-    const auto members = table.members();
-    for (size_t i = 0; i < members.size(); ++i)
-      out += (i ? ",\n        " : "\n        ") + member(static_cast<DispId>(i), members[i]);
-    out += "\n      ]\n    }";
+    out += classEntry(c.members(), c.name);
   }
-  out += "\n  ]\n}\n";
+  // The interface of every class object, which makes the objects of one class.
+  out += "\n  ],\n  \"classObject\":\n" + classEntry(ClassObject::members(), {}) + "\n}\n";
   return out;
 }
 

@@ -216,8 +216,8 @@ class Library:
         self._vtable = _capi.HostVtable(_capi.ID_OF_NAME(self._id_of_name), _capi.INVOKE(self._host_invoke),
                                         _capi.RELEASE(self._host_release), _capi.TYPE_NAME(self._host_type_name))
         self.type_library = json.loads(self._dll.qfa_type_library().decode())
-        self._members = {c["name"].lower(): {m["name"].lower(): m for m in c["members"]}
-                         for c in self.type_library["classes"]}
+        described = self.type_library["classes"] + [self.type_library["classObject"]]
+        self._members = {c["name"].lower(): {m["name"].lower(): m for m in c["members"]} for c in described}
         self.diagnostics = None
         self.use_diagnostics(Diagnostics())
         atexit.register(self.close)
@@ -562,13 +562,15 @@ def _match_names(function, named):
     if not named:
         return {}
     try:
-        parameters = list(inspect.signature(function).parameters)
+        parameters = inspect.signature(function).parameters
     except (TypeError, ValueError):
         return named
-    by_fold = {p.lower(): p for p in parameters}
+    by_fold = {name.lower(): name for name, p in parameters.items()
+               if p.kind in (p.POSITIONAL_OR_KEYWORD, p.KEYWORD_ONLY)}
+    takes_any = any(p.kind == p.VAR_KEYWORD for p in parameters.values())
     out = {}
     for key, value in named.items():
-        actual = by_fold.get(key.lower())
+        actual = by_fold.get(key.lower(), key if takes_any else None)
         if actual is None:
             raise AutomationError(448, f"{getattr(function, '__name__', 'member')} has no parameter {key}")
         out[actual] = value

@@ -1,0 +1,260 @@
+"""The Python binding over the library's C interface."""
+
+import gc
+import json
+import os
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+import quillformatapa as qfa
+
+PUBLIC_CLASSES = ["Main2", "Periodical", "NonPeriodical", "Esource", "TableWord", "TableModelComparison",
+                  "TableLisrel", "TableCorrelation", "TableAnova", "TableNoncanonical", "TableRegression",
+                  "TableHierarchRegression", "TableMultilevelModel"]
+
+# Main2's interface in dispatch order: name, kind, and its parameters as
+# (name, by reference, optional).
+MAIN2 = [
+    ("Execute", "method", [("command", True, False), ("theParam", False, True)]),
+    ("ReferenceBuilder", "propertyGet",
+     [("whichType", False, False), ("formatterSettings", False, False), ("productName", False, False)]),
+    ("getMetaData", "method", [("obj", False, False)]),
+    ("IntArray", "method", [("words", True, False), ("elements", False, False)]),
+    ("getStartupFormSettings", "method",
+     [("theSectionInstructions", True, False), ("theTitleInstructions", True, False),
+      ("postGradIndices", True, False), ("defaultAlwaysOn", True, False), ("defaultPostgrad", True, False),
+      ("defaultPaperType", True, False)]),
+    ("firstItalicizedInReferenceIsTitle", "method", [("str", False, False)]),
+    ("ReferenceIsInFormatType", "method",
+     [("str", False, False), ("title", True, False), ("decoratedStrType", False, False),
+      ("controller", False, False)]),
+    ("GetReferenceType", "method",
+     [("entry", False, False), ("decoratedStr", True, False), ("subTitle", True, False),
+      ("controller", False, False)]),
+    ("InitializeBuilder", "method", []),
+    ("StartNewChapter", "method", []),
+    ("UpdateFrontMatter", "propertyGet", []),
+    ("buildInstruction", "method", [("caption", False, False), ("instruction", False, True)]),
+    ("buildPageHeader", "method", [("caption", False, False), ("instruction", False, False)]),
+    ("Add", "method", [("key", False, False), ("value", False, False)]),
+    ("addHeadings", "method", [(name, False, False) for name in
+                               ("chapter", "heading1", "heading2", "heading3", "heading4")]),
+    ("buildStyle", "method", [(name, False, True) for name in
+                              ("centered", "indented", "bold", "italic", "underline", "doubleSpace",
+                               "extraLineBefore")]),
+    ("TableFormMetaData", "propertyGet", [("ButtonNames", True, False), ("ButtonTooltips", True, False)]),
+    ("TableTemplate", "propertyGet", [("buttonClickedIndex", False, False), ("metadata", True, False)]),
+]
+
+
+class Recorder:
+    """A host object that writes down every call the library makes on it."""
+
+    def __init__(self, **answers):
+        self.calls = []
+        self._answers = answers
+
+    def __getattr__(self, name):
+        if name.startswith("_"):
+            raise AttributeError(name)
+
+        def member(*args, **kwargs):
+            self.calls.append((name, args, kwargs))
+            return self._answers.get(name)
+
+        return member
+
+
+class Controller:
+    """The template's controller, as the classifier asks it: member names in
+    another case than the library's."""
+
+    def isyear(self, text):
+        return text.strip("()").isdigit()
+
+    def ISPAGE(self, text):
+        return text.replace("-", "").isdigit()
+
+
+class Dictionary:
+    def __init__(self):
+        self.Item = {}
+
+    def exists(self, key):
+        return key in self.Item
+
+    def add(self, key, value):
+        self.Item[key] = value
+
+
+def lib():
+    return qfa.library()
+
+
+class ClassFactoryTest(unittest.TestCase):
+    def test_every_public_class_by_name(self):
+        self.assertEqual(lib().classes, ["QuillFormatAPA." + c for c in PUBLIC_CLASSES])
+        for name in PUBLIC_CLASSES:
+            with self.subTest(name=name):
+                self.assertEqual(lib().create("QuillFormatAPA." + name).type_name, name)
+                factory = lib().class_object("quillformatapa." + name.lower())
+                self.assertEqual(factory.ClassName, "QuillFormatAPA." + name)
+                self.assertEqual(factory.CreateInstance().type_name, name)
+
+    def test_unknown_class(self):
+        with self.assertRaises(qfa.AutomationError) as caught:
+            lib().create("QuillFormatAPA.Nothing")
+        self.assertEqual(caught.exception.number, 429)
+
+    def test_can_unload_once_every_object_is_released(self):
+        gc.collect()
+        self.assertTrue(lib().can_unload_now())
+        main = qfa.Main2()
+        table = main.TableTemplate(2, qfa.ByRef([""] * 14))
+        self.assertEqual(table.type_name, "TableCorrelation")
+        del main
+        self.assertFalse(lib().can_unload_now())
+        del table
+        self.assertTrue(lib().can_unload_now())
+
+
+class LateBoundCallTest(unittest.TestCase):
+    def setUp(self):
+        self.main = qfa.Main2()
+
+    def test_python_values_in_and_out(self):
+        self.assertEqual(self.main.buildInstruction("Title"), "0Title")
+        self.assertEqual(self.main.buildPageHeader("", 306), "306")
+        self.assertIs(self.main.UpdateFrontMatter, False)
+        self.assertIsInstance(self.main.firstItalicizedInReferenceIsTitle("A. Author (2001). Title."), bool)
+
+    def test_named_arguments(self):
+        fields = self.main.buildStyle(centered=False, indented=True, BOLD=True).split("\b")
+        self.assertEqual(fields, ["False", "True", "True", "False", "False", "True", "False"])
+        self.assertEqual(self.main.buildInstruction(instruction=7, caption="Abstract"), "7Abstract")
+
+    def test_by_reference_arguments(self):
+        words = qfa.ByRef()
+        self.main.IntArray(words, [3, 1, 2])
+        self.assertEqual(words.value, [3, 1, 2])
+        sections, titles, postgrad, on, postgrad_on = (qfa.ByRef() for _ in range(5))
+        paper_type = qfa.ByRef(0)
+        self.main.getStartupFormSettings(sections, titles, postgrad, on, postgrad_on, paper_type)
+        self.assertIn("Abstract", [s.lstrip("-0123456789") for s in sections.value])
+        self.assertEqual(len(titles.value), 4, "title fields for each of the four paper types")
+        self.assertIsInstance(paper_type.value, int)
+
+    def test_classifier_calls_back_into_python(self):
+        decorated, subtitle = qfa.ByRef(""), qfa.ByRef("")
+        kind = self.main.GetReferenceType(
+            "Smith, J. (2001). Memory and sleep. Journal of Sleep, 12(3), 45-67.", decorated, subtitle, Controller())
+        self.assertEqual(kind, 1)
+
+    def test_errors_come_back_as_numbers(self):
+        cases = [
+            ("unknown member", lambda: self.main.Render(), 438),
+            ("missing argument", lambda: self.main.buildPageHeader("Title"), 449),
+            ("not a number", lambda: self.main.buildInstruction("Title", "three"), 13),
+            ("overflow", lambda: self.main.buildInstruction("Title", 70000), 6),
+            ("unknown named argument", lambda: self.main.buildStyle(shadow=True), 448),
+            ("not an object", lambda: self.main.getMetaData("dictionary"), 424),
+        ]
+        for what, call, number in cases:
+            with self.subTest(what):
+                with self.assertRaises(qfa.AutomationError) as caught:
+                    call()
+                self.assertEqual(caught.exception.number, number)
+                self.assertTrue(caught.exception.description)
+
+
+class HostObjectTest(unittest.TestCase):
+    def test_a_python_dictionary_object_receives_the_settings(self):
+        settings = Dictionary()
+        qfa.Main2().getMetaData(settings)
+        self.assertEqual(settings.Item["MarginTop"], "72")
+        self.assertIn(1, settings.Item, "integer keys stay integers")
+
+    def test_python_errors_reach_the_diagnostics_service(self):
+        class Refusing(Dictionary):
+            def add(self, key, value):
+                raise qfa.AutomationError(457, "full")
+
+            def exists(self, key):
+                return False
+
+        service = lib().diagnostics
+        before = len(service.errors)
+        qfa.Main2().getMetaData(Refusing())
+        reported = service.errors[before:]
+        self.assertTrue(reported)
+        self.assertEqual((reported[0]["number"], reported[0]["description"]), (457, "full"))
+
+    def test_builder_calls_with_named_arguments(self):
+        page = Recorder()
+        section = Recorder(addPage=page)
+        builder = Recorder(AddSection=section, part=True, PaperType=3, UserConfigurationValue="Sleep",
+                           outputTemplate=True)
+        qfa.Main2().Execute("InitializeBuilder", builder)
+        sections = [c for c in builder.calls if c[0] == "AddSection"]
+        self.assertTrue(sections)
+        self.assertIn("pageHeader", sections[0][2], "the header comes as a named argument")
+        self.assertTrue(any(name == "addText" for name, _, _ in page.calls))
+
+
+class TypeLibraryTest(unittest.TestCase):
+    def test_main2_members_in_dispatch_order(self):
+        main2 = next(c for c in lib().type_library["classes"] if c["name"] == "Main2")
+        described = [(m["name"], m["kind"], [(p["name"], p["byRef"], p["optional"]) for p in m["params"]])
+                     for m in main2["members"]]
+        self.assertEqual(described, MAIN2)
+        self.assertEqual([m["dispId"] for m in main2["members"]], list(range(18)))
+
+    def test_every_class_is_described(self):
+        classes = {c["name"]: [m["name"] for m in c["members"]] for c in lib().type_library["classes"]}
+        self.assertEqual(list(classes), PUBLIC_CLASSES)
+        for table in PUBLIC_CLASSES[4:]:
+            self.assertEqual(classes[table][:3], ["initTableSpecificMetadata", "AddRow", "AddTableNotes"])
+        for entry in PUBLIC_CLASSES[1:4]:
+            self.assertIn("parseEntry", classes[entry])
+
+    def test_the_file_beside_the_library_is_the_same(self):
+        library = Path(os.environ["QUILLFORMATAPA_LIBRARY"]).resolve()
+        on_disk = json.loads((library.parent / "QuillFormatAPA.typelib.json").read_text(encoding="utf-8"))
+        self.assertEqual(on_disk, lib().type_library)
+
+
+class RegistrationTest(unittest.TestCase):
+    def test_register_find_unregister(self):
+        with tempfile.TemporaryDirectory() as home:
+            env = dict(os.environ, XDG_DATA_HOME=home)
+            script = ("import quillformatapa as q; l = q.library(); l.register_server(); l.register_server(); "
+                      "print(l.registration_path)")
+            record = Path(subprocess.run([sys.executable, "-c", script], env=env, check=True,
+                                         capture_output=True, text=True).stdout.strip())
+            self.assertEqual(record, Path(home) / "QuillFormatAPA" / "registration.json")
+            content = json.loads(record.read_text(encoding="utf-8"))
+            self.assertEqual(Path(content["library"]), Path(os.environ["QUILLFORMATAPA_LIBRARY"]).resolve())
+            self.assertTrue(Path(content["typeLibrary"]).is_file())
+            self.assertEqual(content["classes"], lib().classes)
+
+            # A host without a library path finds the library through the record.
+            found = dict(env)
+            del found["QUILLFORMATAPA_LIBRARY"]
+            script = "import quillformatapa as q; print(q.Main2().buildInstruction('Found', 1))"
+            out = subprocess.run([sys.executable, "-c", script], env=found, check=True, capture_output=True,
+                                 text=True).stdout.strip()
+            self.assertEqual(out, "1Found")
+
+            script = ("import quillformatapa as q; l = q.library(); "
+                      "print(l.unregister_server(), l.unregister_server())")
+            out = subprocess.run([sys.executable, "-c", script], env=env, check=True, capture_output=True,
+                                 text=True).stdout.split()
+            self.assertEqual(out, ["True", "False"])
+            self.assertFalse(record.exists())
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,460 @@
+// The library as a host sees it from outside: its C interface only.
+
+#include <gtest/gtest.h>
+#include <strings.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "server/quillformatapa.h"
+
+namespace {
+
+// ---- small owners for the handles -------------------------------------------
+
+struct Value {
+  Value() : v(qfa_variant_new()) {}
+  explicit Value(const char* text) : Value() { qfa_variant_set_string(v, text, std::strlen(text)); }
+  explicit Value(int32_t n) : Value() { qfa_variant_set_long(v, n); }
+  static Value boolean(bool b) {
+    Value x;
+    qfa_variant_set_bool(x.v, b);
+    return x;
+  }
+  static Value object(qfa_object* o) {
+    Value x;
+    qfa_variant_set_object(x.v, o);
+    return x;
+  }
+  static Value refTo(Value& target) {
+    Value x;
+    qfa_variant_set_byref(x.v, target.v);
+    return x;
+  }
+  Value(Value&& o) noexcept : v(std::exchange(o.v, nullptr)) {}
+  Value(const Value&) = delete;
+  ~Value() { qfa_variant_free(v); }
+
+  int32_t type() const { return qfa_variant_type(v); }
+  std::string text() const {
+    const char* data = nullptr;
+    size_t length = 0;
+    EXPECT_EQ(qfa_variant_get_string(v, &data, &length), QFA_OK) << qfa_error_description();
+    return std::string(data, length);
+  }
+  int32_t number() const {
+    int32_t n = 0;
+    EXPECT_EQ(qfa_variant_get_long(v, &n), QFA_OK) << qfa_error_description();
+    return n;
+  }
+  std::vector<std::string> strings() const {
+    std::vector<std::string> out;
+    int32_t lower = 0, upper = -1;
+    EXPECT_EQ(qfa_variant_array_bounds(v, 1, &lower, &upper), QFA_OK) << qfa_error_description();
+    for (int32_t i = lower; i <= upper; ++i) {
+      Value element;
+      EXPECT_EQ(qfa_variant_array_get(v, i, 0, element.v), QFA_OK);
+      out.push_back(element.text());
+    }
+    return out;
+  }
+  qfa_variant* v;
+};
+
+struct Obj {
+  explicit Obj(qfa_object* o = nullptr) : o(o) {}
+  Obj(Obj&& other) noexcept : o(std::exchange(other.o, nullptr)) {}
+  Obj(const Obj&) = delete;
+  Obj& operator=(Obj&& other) noexcept {
+    std::swap(o, other.o);
+    return *this;
+  }
+  ~Obj() { qfa_object_release(o); }
+  void reset() {
+    qfa_object_release(o);
+    o = nullptr;
+  }
+  qfa_object* o;
+};
+
+Obj create(const char* className) {
+  qfa_object* o = nullptr;
+  EXPECT_EQ(qfa_create_object(className, &o), QFA_OK) << className << ": " << qfa_error_description();
+  return Obj(o);
+}
+
+// One late-bound call: positional arguments, then named ones.
+struct Call {
+  Call(qfa_object* target, const char* member, std::vector<qfa_variant*> args = {},
+       std::vector<const char*> names = {})
+      : target(target), member(member), args(std::move(args)), names(std::move(names)) {}
+  qfa_object* target;
+  const char* member;
+  std::vector<qfa_variant*> args;
+  std::vector<const char*> names;
+  int32_t kind = QFA_METHOD | QFA_PROPERTY_GET;
+
+  int32_t into(Value& result) const {
+    return qfa_invoke(target, member, kind, args.data(), args.size(), names.data(), names.size(), result.v);
+  }
+  Value run() const {
+    Value result;
+    EXPECT_EQ(into(result), QFA_OK) << member << ": " << qfa_error_description();
+    return result;
+  }
+};
+
+// ---- a host object written against the C interface ---------------------------
+
+// Answers every member by name: records the call and gives the answer set for
+// that member (case-insensitively), or fails with the error set for it.
+struct HostObject {
+  std::vector<std::string> members;
+  std::map<std::string, int32_t> answers;  // member name -> long result
+  std::map<std::string, std::pair<int32_t, std::string>> failures;
+  std::vector<std::string> calls;
+  std::map<std::string, std::string> values;  // Item(key) = value, as a dictionary
+  qfa_object* self = nullptr;                  // what ErrorParams answers
+  bool released = false;
+
+  static int32_t idOfName(void* p, const char* name) {
+    auto* h = static_cast<HostObject*>(p);
+    for (size_t i = 0; i < h->members.size(); ++i)
+      if (strcasecmp(h->members[i].c_str(), name) == 0) return static_cast<int32_t>(i);
+    return -1;
+  }
+  static int32_t invoke(void* p, int32_t id, int32_t kind, qfa_variant* const* args, size_t argc,
+                        const char* const* names, size_t namedCount, qfa_variant* result) {
+    auto* h = static_cast<HostObject*>(p);
+    const std::string& member = h->members.at(static_cast<size_t>(id));
+    std::string call = member;
+    for (size_t i = 0; i < argc; ++i) {
+      const char* text = nullptr;
+      size_t length = 0;
+      call += i ? ", " : "(";
+      if (i >= argc - namedCount) call += std::string(names[i - (argc - namedCount)]) + ":=";
+      if (qfa_variant_get_string(args[i], &text, &length) == QFA_OK) call.append(text, length);
+    }
+    h->calls.push_back(call + (argc ? ")" : ""));
+    if (auto f = h->failures.find(member); f != h->failures.end()) {
+      qfa_set_error(f->second.first, f->second.second.c_str());
+      return f->second.first;
+    }
+    if (member == "ErrorParams") qfa_variant_set_object(result, h->self);
+    if (member == "Exists") {
+      const char* key = nullptr;
+      size_t length = 0;
+      qfa_variant_get_string(args[0], &key, &length);
+      qfa_variant_set_bool(result, h->values.count(std::string(key, length)) > 0);
+    }
+    if (member == "Item" && (kind & QFA_PROPERTY_PUT) && argc == 2) {
+      const char *key = nullptr, *value = nullptr;
+      size_t keyLength = 0, valueLength = 0;
+      qfa_variant_get_string(args[0], &key, &keyLength);
+      qfa_variant_get_string(args[1], &value, &valueLength);
+      h->values[std::string(key, keyLength)] = std::string(value, valueLength);
+    }
+    if (member == "Add" && argc == 2) {
+      const char *key = nullptr, *value = nullptr;
+      size_t keyLength = 0, valueLength = 0;
+      qfa_variant_get_string(args[0], &key, &keyLength);
+      qfa_variant_get_string(args[1], &value, &valueLength);
+      h->values[std::string(key, keyLength)] = std::string(value, valueLength);
+    }
+    if (auto a = h->answers.find(member); a != h->answers.end()) qfa_variant_set_long(result, a->second);
+    return 0;
+  }
+  static void release(void* p) { static_cast<HostObject*>(p)->released = true; }
+  static const char* typeName(void*) { return "HostObject"; }
+
+  Obj wrap() {
+    static const qfa_host_vtable vtable{idOfName, invoke, release, typeName};
+    return Obj(qfa_host_object_new(&vtable, this));
+  }
+};
+
+// Every test runs with a diagnostics service registered, as a host must.
+class ServerTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    service.members = {"ErrorParams",     "vbwProcIn",         "vbwProcOut",       "vbwReportParameter",
+                       "vbwBeforeDump",   "vbwOpenDumpFile",   "vbwReportToFile",  "vbwReportVariable",
+                       "vbwReportObject", "vbwCloseDumpFile", "vbwAfterDump",     "vbwExitThread"};
+    service.answers["vbwAfterDump"] = 1;  // leave the failing procedure
+    serviceObject = service.wrap();
+    service.self = serviceObject.o;
+    ASSERT_EQ(qfa_register_running_object("QuillPaperDot.BridgeToVB", serviceObject.o), QFA_OK);
+  }
+  void TearDown() override {
+    qfa_thread_done();
+    EXPECT_EQ(qfa_revoke_running_object("QuillPaperDot.BridgeToVB"), QFA_OK);
+    service.self = nullptr;
+    serviceObject.reset();
+    EXPECT_TRUE(service.released);
+    EXPECT_EQ(DllCanUnloadNow(), 1) << "a library object outlived the test";
+  }
+
+  // The errors the library reported to the service, as "module.procedure number".
+  std::vector<std::string> reportedErrors() const {
+    std::vector<std::string> out;
+    for (const std::string& c : service.calls)
+      if (c.rfind("vbwBeforeDump(", 0) == 0) out.push_back(c);
+    return out;
+  }
+
+  HostObject service;
+  Obj serviceObject;
+};
+
+const char* const kPublicClasses[] = {
+    "QuillFormatAPA.Main2",          "QuillFormatAPA.Periodical",         "QuillFormatAPA.NonPeriodical",
+    "QuillFormatAPA.Esource",        "QuillFormatAPA.TableWord",          "QuillFormatAPA.TableModelComparison",
+    "QuillFormatAPA.TableLisrel",    "QuillFormatAPA.TableCorrelation",   "QuillFormatAPA.TableAnova",
+    "QuillFormatAPA.TableNoncanonical", "QuillFormatAPA.TableRegression", "QuillFormatAPA.TableHierarchRegression",
+    "QuillFormatAPA.TableMultilevelModel",
+};
+
+TEST_F(ServerTest, EveryPublicClassComesFromItsClassObject) {
+  ASSERT_EQ(qfa_class_count(), std::size(kPublicClasses));
+  for (size_t i = 0; i < std::size(kPublicClasses); ++i) {
+    const char* name = kPublicClasses[i];
+    SCOPED_TRACE(name);
+    EXPECT_STREQ(qfa_class_name(i), name);
+    qfa_object* classObject = nullptr;
+    ASSERT_EQ(DllGetClassObject(name, &classObject), QFA_OK) << qfa_error_description();
+    Obj owner(classObject);
+    qfa_object* instance = nullptr;
+    ASSERT_EQ(qfa_class_create_instance(classObject, &instance), QFA_OK) << qfa_error_description();
+    Obj object(instance);
+    EXPECT_STREQ(qfa_object_type_name(instance), std::strchr(name, '.') + 1);
+    EXPECT_EQ(DllCanUnloadNow(), 0);
+
+    // Each answers to the first member of its interface and to nothing else.
+    const char* first = i == 0 ? "UpdateFrontMatter" : i < 4 ? "IsFootnoteEntry" : "AddTableNotes";
+    Value result;
+    EXPECT_NE(Call(instance, first).into(result), 438) << first;
+    EXPECT_EQ(Call(instance, "NoSuchMember").into(result), 438);
+    EXPECT_EQ(std::string(qfa_error_description()), "Object doesn't support this property or method");
+  }
+  EXPECT_EQ(qfa_class_name(std::size(kPublicClasses)), nullptr);
+}
+
+TEST_F(ServerTest, ClassNamesAreCaseInsensitiveAndUnknownOnesAreRefused) {
+  Obj main2 = create("quillformatapa.MAIN2");
+  EXPECT_STREQ(qfa_object_type_name(main2.o), "Main2");
+
+  qfa_object* none = reinterpret_cast<qfa_object*>(1);
+  EXPECT_EQ(DllGetClassObject("QuillFormatAPA.Main3", &none), 429);
+  EXPECT_EQ(none, nullptr);
+  EXPECT_EQ(std::string(qfa_error_description()), "no class named QuillFormatAPA.Main3");
+  EXPECT_EQ(qfa_create_object("Main2", &none), 429);  // the library's name is part of the class name
+}
+
+TEST_F(ServerTest, CanUnloadOnlyOnceEveryObjectAndLockIsGone) {
+  EXPECT_EQ(DllCanUnloadNow(), 1);
+  Obj main2 = create("QuillFormatAPA.Main2");
+  EXPECT_EQ(DllCanUnloadNow(), 0);
+
+  // An object the command object makes keeps the library after the command object goes.
+  Value metadata;
+  ASSERT_EQ(qfa_variant_set_array(metadata.v, 0, 14), QFA_OK);
+  Value index(1);
+  Value metadataRef = Value::refTo(metadata);
+  Value table = Call(main2.o, "TableTemplate", {index.v, metadataRef.v}).run();
+  ASSERT_EQ(table.type(), QFA_OBJECT);
+  main2.reset();
+  EXPECT_EQ(DllCanUnloadNow(), 0);
+  qfa_variant_clear(table.v);
+  EXPECT_EQ(DllCanUnloadNow(), 1);
+
+  // A lock holds the library without any object.
+  qfa_object* classObject = nullptr;
+  ASSERT_EQ(DllGetClassObject("QuillFormatAPA.TableWord", &classObject), QFA_OK);
+  ASSERT_EQ(qfa_class_lock_server(classObject, 1), QFA_OK);
+  qfa_object_release(classObject);
+  EXPECT_EQ(DllCanUnloadNow(), 0);
+  ASSERT_EQ(DllGetClassObject("QuillFormatAPA.TableWord", &classObject), QFA_OK);
+  ASSERT_EQ(qfa_class_lock_server(classObject, 0), QFA_OK);
+  ASSERT_EQ(qfa_class_lock_server(classObject, 0), QFA_OK);  // one too many changes nothing
+  qfa_object_release(classObject);
+  EXPECT_EQ(DllCanUnloadNow(), 1);
+}
+
+TEST_F(ServerTest, NamedArgumentsMatchParametersInAnyCase) {
+  Obj main2 = create("QuillFormatAPA.Main2");
+  Value yes = Value::boolean(true), no = Value::boolean(false);
+  const std::string sep(1, '\b');
+  auto record = [&](std::initializer_list<const char*> fields) {
+    std::string out;
+    for (const char* f : fields) out += (out.empty() ? "" : sep) + std::string(f);
+    return out;
+  };
+  EXPECT_EQ(Call(main2.o, "buildStyle", {no.v, yes.v}, {"centered", "BOLD"}).run().text(),
+            record({"False", "False", "True", "False", "False", "True", "False"}));
+  // Positional first, then named; the named one may come from the end of the list.
+  EXPECT_EQ(Call(main2.o, "buildStyle", {no.v, yes.v, yes.v}, {"extraLineBefore"}).run().text(),
+            record({"False", "True", "False", "False", "False", "True", "True"}));
+
+  Value caption("Title"), code(3);
+  EXPECT_EQ(Call(main2.o, "BUILDINSTRUCTION", {code.v, caption.v}, {"instruction", "caption"}).run().text(), "3Title");
+
+  Value result;
+  EXPECT_EQ(Call(main2.o, "buildStyle", {yes.v}, {"shadowed"}).into(result), 448);
+  EXPECT_EQ(Call(main2.o, "buildStyle", {yes.v, no.v}, {"bold", "bold"}).into(result), 450);  // one parameter given twice
+}
+
+TEST_F(ServerTest, ByReferenceArgumentsComeBackWritten) {
+  Obj main2 = create("QuillFormatAPA.Main2");
+  Value words, elements;
+  ASSERT_EQ(qfa_variant_set_array(elements.v, 0, 3), QFA_OK);
+  for (int32_t i = 0; i < 3; ++i) {
+    Value n(10 * (i + 1));
+    ASSERT_EQ(qfa_variant_array_set(elements.v, i, n.v), QFA_OK);
+  }
+  Value wordsRef = Value::refTo(words);
+  Call(main2.o, "IntArray", {wordsRef.v, elements.v}).run();
+  EXPECT_EQ(words.strings(), (std::vector<std::string>{"10", "20", "30"}));
+
+  // By value, the same argument stays as it was.
+  Value untouched;
+  Call(main2.o, "IntArray", {untouched.v, elements.v}).run();
+  EXPECT_EQ(untouched.type(), QFA_EMPTY);
+
+  // Named and by reference at once.
+  Value names, tooltips;
+  Value namesRef = Value::refTo(names), tooltipsRef = Value::refTo(tooltips);
+  Call(main2.o, "TableFormMetaData", {tooltipsRef.v, namesRef.v}, {"ButtonTooltips", "ButtonNames"}).run();
+  ASSERT_EQ(names.strings().size(), 9u);
+  EXPECT_EQ(names.strings()[0], "&ANOVA (ANalysis Of VAriance)");
+  EXPECT_EQ(tooltips.strings().size(), 9u);
+}
+
+struct ErrorCase {
+  const char* what;
+  const char* member;
+  std::vector<Value (*)()> args;
+  int32_t number;
+};
+
+TEST_F(ServerTest, ErrorsComeBackAsNumbersAndDescriptions) {
+  Obj main2 = create("QuillFormatAPA.Main2");
+  const ErrorCase cases[] = {
+      {"unknown member", "Render", {}, 438},
+      {"missing argument", "buildPageHeader", {[] { return Value("Title"); }}, 449},
+      {"too many arguments", "buildInstruction", {[] { return Value("a"); }, [] { return Value(1); }, [] { return Value(2); }}, 450},
+      {"not a number", "buildInstruction", {[] { return Value("a"); }, [] { return Value("three"); }}, 13},
+      {"beyond 16 bits", "buildInstruction", {[] { return Value("a"); }, [] { return Value(70000); }}, 6},
+      {"not an object", "getMetaData", {[] { return Value("dictionary"); }}, 424},
+  };
+  for (const ErrorCase& c : cases) {
+    SCOPED_TRACE(c.what);
+    std::vector<Value> values;
+    std::vector<qfa_variant*> args;
+    for (auto make : c.args) values.push_back(make());
+    for (Value& v : values) args.push_back(v.v);
+    Value result;
+    EXPECT_EQ((Call(main2.o, c.member, args).into(result)), c.number);
+    EXPECT_STRNE(qfa_error_description(), "");
+  }
+  Value result;
+  EXPECT_EQ(qfa_invoke(nullptr, "Execute", QFA_METHOD, nullptr, 0, nullptr, 0, result.v), 91);
+  EXPECT_EQ(qfa_invoke(main2.o, "Execute", 0, nullptr, 0, nullptr, 0, result.v), 5);
+
+  // Success clears the last error.
+  Value caption("x");
+  Call(main2.o, "buildInstruction", {caption.v}).run();
+  EXPECT_STREQ(qfa_error_description(), "");
+}
+
+TEST_F(ServerTest, HostObjectsServeTheLibraryAndTheirErrorsReachTheErrorTail) {
+  Obj main2 = create("QuillFormatAPA.Main2");
+  HostObject dictionary;
+  dictionary.members = {"Exists", "Item", "Add"};
+  {
+    Obj dictionaryObject = dictionary.wrap();
+    Value arg = Value::object(dictionaryObject.o);
+    Call(main2.o, "getMetaData", {arg.v}).run();
+  }
+  EXPECT_TRUE(dictionary.released) << "the library kept the dictionary";
+  EXPECT_EQ(dictionary.values["MarginTop"], "72");
+  EXPECT_GT(dictionary.values.size(), 10u);
+  EXPECT_TRUE(reportedErrors().empty());
+
+  // The template's own failure is reported with its number and description.
+  HostObject refusing;
+  refusing.members = {"Exists", "Item", "Add"};
+  refusing.failures["Add"] = {457, "no room for this key"};
+  refusing.failures["Item"] = {457, "no room for this key"};
+  Obj refusingObject = refusing.wrap();
+  Value arg = Value::object(refusingObject.o);
+  Call(main2.o, "getMetaData", {arg.v}).run();
+  const auto errors = reportedErrors();
+  ASSERT_FALSE(errors.empty());
+  EXPECT_NE(errors.front().find("457"), std::string::npos) << errors.front();
+  EXPECT_NE(errors.front().find("no room for this key"), std::string::npos) << errors.front();
+}
+
+TEST_F(ServerTest, ExecuteRunsACommandOnTheCommandObjectWithTheArgument) {
+  Obj main2 = create("QuillFormatAPA.Main2");
+  HostObject builder;
+  builder.members = {"outputTemplate", "AddSection", "part", "UserConfigurationValue", "PaperType"};
+  builder.answers["PaperType"] = 3;
+  Obj builderObject = builder.wrap();
+  Value command("InitializeBuilder");
+  Value commandRef = Value::refTo(command);
+  Value param = Value::object(builderObject.o);
+  Call(main2.o, "Execute", {commandRef.v, param.v}).run();
+  // The host's AddSection answers nothing, so the first page fails; until then
+  // the builder was driven late-bound, with the header passed by name.
+  ASSERT_FALSE(builder.calls.empty());
+  bool namedHeader = false;
+  for (const std::string& c : builder.calls) namedHeader |= c.find("pageHeader:=") != std::string::npos;
+  EXPECT_TRUE(namedHeader);
+  EXPECT_FALSE(reportedErrors().empty());
+}
+
+TEST_F(ServerTest, RegistrationWritesAndRemovesExactlyOneRecord) {
+  const std::filesystem::path home = std::filesystem::temp_directory_path() / "qfa-registration-test";
+  std::filesystem::remove_all(home);
+  const char* before = std::getenv("XDG_DATA_HOME");
+  const std::string saved = before ? before : "";
+  setenv("XDG_DATA_HOME", home.c_str(), 1);
+  const std::filesystem::path record = qfa_registration_path();
+  EXPECT_EQ(record, home / "QuillFormatAPA" / "registration.json");
+
+  EXPECT_EQ(DllUnregisterServer(), QFA_FALSE);
+  EXPECT_NE(std::string(qfa_error_description()).find("not registered"), std::string::npos);
+
+  ASSERT_EQ(DllRegisterServer(), QFA_OK) << qfa_error_description();
+  ASSERT_EQ(DllRegisterServer(), QFA_OK) << "registering twice is harmless";
+  std::ifstream in(record);
+  const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  EXPECT_NE(text.find("libQuillFormatAPA.so"), std::string::npos) << text;
+  EXPECT_NE(text.find("QuillFormatAPA.typelib.json"), std::string::npos) << text;
+  for (const char* c : kPublicClasses) EXPECT_NE(text.find(c), std::string::npos) << c;
+
+  EXPECT_EQ(DllUnregisterServer(), QFA_OK) << qfa_error_description();
+  EXPECT_FALSE(std::filesystem::exists(record));
+  EXPECT_FALSE(std::filesystem::exists(home / "QuillFormatAPA"));
+  EXPECT_EQ(DllUnregisterServer(), QFA_FALSE);
+
+  // A record naming another library is left alone.
+  std::filesystem::create_directories(record.parent_path());
+  std::ofstream(record) << "{\"library\": \"/opt/elsewhere/libQuillFormatAPA.so\"}\n";
+  EXPECT_EQ(DllUnregisterServer(), QFA_FALSE);
+  EXPECT_TRUE(std::filesystem::exists(record));
+
+  std::filesystem::remove_all(home);
+  if (before)
+    setenv("XDG_DATA_HOME", saved.c_str(), 1);
+  else
+    unsetenv("XDG_DATA_HOME");
+}
+
+}  // namespace

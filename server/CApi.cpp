@@ -5,7 +5,9 @@
 #include <cstring>
 #include <exception>
 #include <new>
+#include <functional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "command/ClassFactory.h"
@@ -121,12 +123,16 @@ class HostObject final : public Object {
     if (vtable_.release) vtable_.release(self_);
   }
 
+  // A host object's ids stay the same for its life, so each name is asked once.
   DispId idOfName(std::string_view name) const noexcept override {
     if (!vtable_.id_of_name) return kUnknownDispId;
     try {
-      const std::string text(name);
-      const int32_t id = vtable_.id_of_name(self_, text.c_str());
-      return id < 0 ? kUnknownDispId : id;
+      if (auto known = ids_.find(name); known != ids_.end()) return known->second;
+      std::string text(name);
+      const int32_t answer = vtable_.id_of_name(self_, text.c_str());
+      const DispId id = answer < 0 ? kUnknownDispId : answer;
+      if (id != kUnknownDispId) ids_.emplace(std::move(text), id);
+      return id;
     } catch (...) {
       return kUnknownDispId;
     }
@@ -174,8 +180,13 @@ class HostObject final : public Object {
   }
 
  private:
+  struct NameHash {
+    using is_transparent = void;
+    size_t operator()(std::string_view name) const noexcept { return std::hash<std::string_view>{}(name); }
+  };
   qfa_host_vtable vtable_;
   void* self_;
+  mutable std::unordered_map<std::string, DispId, NameHash, std::equal_to<>> ids_;
   mutable std::string typeName_;
 };
 

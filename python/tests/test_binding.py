@@ -204,6 +204,94 @@ class HostObjectTest(unittest.TestCase):
         self.assertTrue(any(name == "addText" for name, _, _ in page.calls))
 
 
+class Thing:
+    """A host object with a bit of everything the library may ask of one."""
+
+    def __init__(self):
+        self.Title = "Sleep"
+        self.items = ["a", "b", "c"]
+        self.settings = {"Margin": 72}
+
+    def greet(self, name, greeting="Hello"):
+        return f"{greeting}, {name}"
+
+    def double(self, n):
+        n.value = n.value * 2
+
+    def fail(self, kind):
+        if kind == "value":
+            raise ValueError("no such thing")
+        raise qfa.AutomationError(457, "taken")
+
+    def me(self):
+        return self
+
+    def nothing(self):
+        return None
+
+
+class HostObjectRoundTripTest(unittest.TestCase):
+    """Python objects called through the library, the way the library calls them."""
+
+    def setUp(self):
+        self.thing = Thing()
+        # A reference to the library's host object for `thing`, driven through qfa_invoke.
+        self.host = qfa.Dispatch(lib(), lib()._wrap(self.thing))
+
+    def call(self, member, *args, kind=qfa.METHOD | qfa.PROPERTY_GET, **kwargs):
+        return lib()._invoke(self.host._ptr, member, kind, args, kwargs)
+
+    def test_members_answer_in_any_case(self):
+        cases = [
+            (("GREET", "Ada"), {}, "Hello, Ada"),
+            (("greet",), {"NAME": "Ada", "Greeting": "Hi"}, "Hi, Ada"),
+            (("title",), {}, "Sleep"),
+            (("ITEMS", 2), {}, "c"),
+            (("Settings", "Margin"), {}, 72),
+            (("nothing",), {}, None),
+        ]
+        for (member, *args), kwargs, expected in cases:
+            with self.subTest(member=member, args=args, kwargs=kwargs):
+                self.assertEqual(self.call(member, *args, **kwargs), expected)
+        self.assertIs(self.call("Me"), self.thing, "the object itself comes back, not a copy")
+
+    def test_property_writes(self):
+        self.call("title", "Dreams", kind=qfa.PROPERTY_PUT)
+        self.call("Items", 0, "z", kind=qfa.PROPERTY_PUT)
+        self.call("settings", "Margin", 90, kind=qfa.PROPERTY_PUT)
+        self.assertEqual((self.thing.Title, self.thing.items[0], self.thing.settings["Margin"]), ("Dreams", "z", 90))
+
+    def test_by_reference_arguments_are_written_back(self):
+        n = qfa.ByRef(21)
+        self.call("double", n)
+        self.assertEqual(n.value, 42)
+
+    def test_python_failures_become_error_numbers(self):
+        cases = [
+            ("unknown member", lambda: self.call("vanish"), 438),
+            ("Python exception", lambda: self.call("fail", "value"), 5),
+            ("the host's own error", lambda: self.call("fail", "automation"), 457),
+            ("too many arguments", lambda: self.call("greet", "a", "b", "c"), 450),
+            ("unknown named argument", lambda: self.call("greet", "a", tone="warm"), 448),
+            ("index out of range", lambda: self.call("items", 7), 5),
+        ]
+        for what, call, number in cases:
+            with self.subTest(what):
+                with self.assertRaises(qfa.AutomationError) as caught:
+                    call()
+                self.assertEqual(caught.exception.number, number)
+        with self.assertRaises(qfa.AutomationError) as caught:
+            self.call("fail", "value")
+        self.assertEqual(caught.exception.description, "ValueError: no such thing")
+        self.assertEqual(caught.exception.source, "Thing")
+
+    def test_the_wrapper_goes_when_the_library_lets_go(self):
+        self.assertIn(id(self.thing), lib()._host_by_object)
+        del self.host
+        gc.collect()
+        self.assertNotIn(id(self.thing), lib()._host_by_object)
+
+
 class TypeLibraryTest(unittest.TestCase):
     def test_main2_members_in_dispatch_order(self):
         main2 = next(c for c in lib().type_library["classes"] if c["name"] == "Main2")

@@ -372,6 +372,70 @@ TEST_F(ServerTest, ErrorsComeBackAsNumbersAndDescriptions) {
   EXPECT_STREQ(qfa_error_description(), "");
 }
 
+TEST_F(ServerTest, VariantsConvertAsThePlatformDoes) {
+  struct Case {
+    const char* what;
+    Value (*make)();
+    int32_t asLong;  // error number of qfa_variant_get_long, or 0
+    int32_t asObject;
+  };
+  const Case cases[] = {
+      {"numeric text", [] { return Value(" 42 "); }, 0, 424},
+      {"words", [] { return Value("forty"); }, 13, 424},
+      {"a double beyond 32 bits", [] { Value v; qfa_variant_set_double(v.v, 3e10); return v; }, 6, 424},
+      {"True", [] { return Value::boolean(true); }, 0, 424},
+      {"Nothing", [] { return Value::object(nullptr); }, 13, 0},
+      {"empty", [] { return Value(); }, 0, 424},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    Value v = c.make();
+    int32_t n = 0;
+    qfa_object* o = nullptr;
+    EXPECT_EQ(qfa_variant_get_long(v.v, &n), c.asLong);
+    EXPECT_EQ(qfa_variant_get_object(v.v, &o), c.asObject);
+    EXPECT_EQ(o, nullptr);
+  }
+  int32_t minusOne = 0;
+  EXPECT_EQ(qfa_variant_get_long(Value::boolean(true).v, &minusOne), QFA_OK);
+  EXPECT_EQ(minusOne, -1);
+  EXPECT_EQ(Value(12).text(), "12");
+
+  // Arrays keep their own lower bound; outside it is 9.
+  Value array;
+  ASSERT_EQ(qfa_variant_set_array(array.v, 1, 2), QFA_OK);
+  Value x("x");
+  EXPECT_EQ(qfa_variant_array_set(array.v, 2, x.v), QFA_OK);
+  EXPECT_EQ(qfa_variant_array_set(array.v, 3, x.v), 9);
+  EXPECT_EQ(qfa_variant_array_set(x.v, 0, x.v), 13);
+  EXPECT_EQ(array.strings(), (std::vector<std::string>{"", "x"}));
+  int32_t lower = 0, upper = 0;
+  EXPECT_EQ(qfa_variant_array_bounds(array.v, 2, &lower, &upper), 9);
+  EXPECT_EQ(qfa_variant_array_dims(array.v), 1);
+  EXPECT_EQ(qfa_variant_array_dims(x.v), 0);
+
+  // Writing through a by-reference slot reaches the value it refers to; a copy is of the value.
+  Value target(1);
+  Value slot = Value::refTo(target);
+  qfa_variant_set_long(slot.v, 2);
+  EXPECT_EQ(target.number(), 2);
+  EXPECT_TRUE(qfa_variant_is_byref(slot.v));
+  Value copy;
+  ASSERT_EQ(qfa_variant_copy(copy.v, slot.v), QFA_OK);
+  EXPECT_FALSE(qfa_variant_is_byref(copy.v));
+  qfa_variant_clear(slot.v);
+  EXPECT_EQ(target.number(), 2);
+}
+
+TEST_F(ServerTest, TextKeepsEveryByte) {
+  Obj main2 = create("QuillFormatAPA.Main2");
+  const std::string caption("R\xc3\xa9sum\xc3\xa9\0and more", 17);
+  Value text;
+  ASSERT_EQ(qfa_variant_set_string(text.v, caption.data(), caption.size()), QFA_OK);
+  Value code(12);
+  EXPECT_EQ(Call(main2.o, "buildInstruction", {text.v, code.v}).run().text(), "12" + caption);
+}
+
 TEST_F(ServerTest, HostObjectsServeTheLibraryAndTheirErrorsReachTheErrorTail) {
   Obj main2 = create("QuillFormatAPA.Main2");
   HostObject dictionary;

@@ -12,7 +12,7 @@ if [[ "${1:-}" == --seconds ]]; then
   shift 2
 fi
 targets=("$@")
-[[ ${#targets[@]} -gt 0 ]] || targets=(fuzz_strings fuzz_retrieval fuzz_classifier fuzz_pipeline)
+[[ ${#targets[@]} -gt 0 ]] || targets=(fuzz_strings fuzz_retrieval fuzz_classifier fuzz_pipeline fuzz_server)
 
 scripts/deps.sh --fuzz
 

@@ -483,6 +483,55 @@ TEST_F(ServerTest, ExecuteRunsACommandOnTheCommandObjectWithTheArgument) {
   EXPECT_FALSE(reportedErrors().empty());
 }
 
+// The template's table flow, with a table object made of C callbacks: the
+// form's buttons, the metadata the library fills through a by-reference
+// array, every row, then the notes.
+TEST_F(ServerTest, EveryTableOfTheFormBuildsThroughTheCInterface) {
+  Obj main2 = create("QuillFormatAPA.Main2");
+  Value names, tooltips;
+  Value namesRef = Value::refTo(names), tooltipsRef = Value::refTo(tooltips);
+  Call(main2.o, "TableFormMetaData", {namesRef.v, tooltipsRef.v}).run();
+  const size_t buttons = names.strings().size();
+  ASSERT_EQ(buttons, 9u);
+
+  for (int32_t button = 1; button <= static_cast<int32_t>(buttons); ++button) {
+    SCOPED_TRACE(names.strings()[static_cast<size_t>(button - 1)]);
+    Value metadata;
+    ASSERT_EQ(qfa_variant_set_array(metadata.v, 0, 14), QFA_OK);
+    Value index(button), metadataRef = Value::refTo(metadata);
+    Value table = Call(main2.o, "TableTemplate", {index.v, metadataRef.v}).run();
+    qfa_object* tableObject = nullptr;
+    ASSERT_EQ(qfa_variant_get_object(table.v, &tableObject), QFA_OK);
+    Obj tableOwner(tableObject);
+    Call(tableObject, "initTableSpecificMetadata", {metadataRef.v}).run();
+    const std::vector<std::string> fields = metadata.strings();
+    EXPECT_FALSE(fields[0].empty()) << "a caption";
+    EXPECT_EQ(fields[6], "True");
+    EXPECT_EQ(fields[10], "Note.");
+    const int32_t rows = std::atoi(fields[2].c_str());
+    ASSERT_GT(rows, 0);
+
+    HostObject wordTable;
+    wordTable.members = {"TypeIntoSelectedCell", "TypeIntoSelectedCellLeftJustify", "MoveRight", "UnderLineRow",
+                         "UnderLineCell", "AddSpanner", "AddTableNote"};
+    {
+      Obj target = wordTable.wrap();
+      Value targetArg = Value::object(target.o);
+      for (int32_t row = 1; row <= rows; ++row) {
+        const size_t before = wordTable.calls.size();
+        Value rowArg(row);
+        Call(tableObject, "AddRow", {rowArg.v, targetArg.v}).run();
+        EXPECT_GT(wordTable.calls.size(), before) << "row " << row << " wrote nothing";
+      }
+      Call(tableObject, "AddTableNotes", {targetArg.v}).run();
+    }
+    EXPECT_TRUE(wordTable.released);
+    ASSERT_FALSE(wordTable.calls.empty());
+    EXPECT_EQ(wordTable.calls.back().rfind("AddTableNote(", 0), 0u) << wordTable.calls.back();
+  }
+  EXPECT_TRUE(reportedErrors().empty()) << reportedErrors().front();
+}
+
 TEST_F(ServerTest, RegistrationWritesAndRemovesExactlyOneRecord) {
   const std::filesystem::path home = std::filesystem::temp_directory_path() / "qfa-registration-test";
   std::filesystem::remove_all(home);

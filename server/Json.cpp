@@ -30,10 +30,13 @@ std::string jsonString(std::string_view text) {
 
 std::optional<std::string> jsonStringField(std::string_view json, std::string_view key) {
   const std::string quotedKey = jsonString(key);
-  size_t at = json.find(quotedKey);
-  if (at == std::string_view::npos) return std::nullopt;
-  at = json.find_first_not_of(" \t\r\n", at + quotedKey.size());
-  if (at == std::string_view::npos || json[at] != ':') return std::nullopt;
+  // The key is the quoted text followed by a colon (the same text may also be a value).
+  size_t at = 0;
+  for (size_t found = json.find(quotedKey);; found = json.find(quotedKey, found + 1)) {
+    if (found == std::string_view::npos) return std::nullopt;
+    at = json.find_first_not_of(" \t\r\n", found + quotedKey.size());
+    if (at != std::string_view::npos && json[at] == ':') break;
+  }
   at = json.find_first_not_of(" \t\r\n", at + 1);
   if (at == std::string_view::npos || json[at] != '"') return std::nullopt;
   std::string value;

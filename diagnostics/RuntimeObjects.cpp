@@ -8,6 +8,7 @@
 #include <string>
 
 #include "diagnostics/vbwProtector.h"
+#include "host/LibraryObject.h"
 #include "host/MemberTable.h"
 
 #ifndef QFA_VERSION_MAJOR
@@ -25,7 +26,7 @@ std::string environment(const char* name) {
   return v ? v : "";
 }
 
-class App : public Dispatchable<App> {
+class App : public Dispatchable<App>, private LibraryObject {
  public:
   static const MemberTable& members() {
     static const MemberTable& table = ClassBuilder<App>("App")
@@ -55,7 +56,7 @@ class App : public Dispatchable<App> {
   int32_t ThreadID() const { return static_cast<int32_t>(syscall(SYS_gettid)); }
 };
 
-class Err : public Dispatchable<Err> {
+class Err : public Dispatchable<Err>, private LibraryObject {
  public:
   static const MemberTable& members() {
     static const MemberTable& table = ClassBuilder<Err>("ErrObject")
@@ -72,7 +73,7 @@ class Err : public Dispatchable<Err> {
   int32_t LastDllError() const { return vbwProtector::currentError().lastDllError(); }
 };
 
-class Screen : public Dispatchable<Screen> {
+class Screen : public Dispatchable<Screen>, private LibraryObject {
  public:
   static const MemberTable& members() {
     static const MemberTable& table = ClassBuilder<Screen>("Screen")
@@ -93,7 +94,7 @@ class Screen : public Dispatchable<Screen> {
   int32_t TwipsPerPixelY() const { return 15; }
 };
 
-class Printer : public Dispatchable<Printer> {
+class Printer : public Dispatchable<Printer>, private LibraryObject {
  public:
   static const MemberTable& members() {
     static const MemberTable& table = ClassBuilder<Printer>("Printer")

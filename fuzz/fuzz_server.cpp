@@ -1,7 +1,7 @@
 // Arbitrary late-bound calls through the C interface: any public class, any
 // member, any call kind, arguments of any type, positional, named or by
 // reference. Every call must come back with 0 or an error number, and once
-// everything is released no library object may be left alive.
+// the host has let go of everything no library object may be left alive.
 #include <strings.h>
 
 #include <cstdint>
@@ -50,11 +50,7 @@ int32_t invoke(void*, int32_t id, int32_t, qfa_variant* const*, size_t, const ch
   return 0;
 }
 
-const bool kSetUp = [] {
-  static const qfa_host_vtable vtable{idOfName, invoke, nullptr, nullptr};
-  host = qfa_host_object_new(&vtable, nullptr);
-  return qfa_register_running_object("QuillPaperDot.BridgeToVB", host) == QFA_OK;
-}();
+const qfa_host_vtable kVtable{idOfName, invoke, nullptr, nullptr};
 
 // One argument of the type the input picks.
 void fill(qfa_variant* v, Input& in, std::vector<qfa_variant*>& owned) {
@@ -89,7 +85,8 @@ void fill(qfa_variant* v, Input& in, std::vector<qfa_variant*>& owned) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  if (!kSetUp) std::abort();
+  host = qfa_host_object_new(&kVtable, nullptr);
+  if (qfa_register_running_object("QuillPaperDot.BridgeToVB", host) != QFA_OK) std::abort();
   Input in(data, size);
   const auto classes = QuillFormatAPA::publicClasses();
   const QuillFormatAPA::PublicClass& publicClass = classes[in.byte() % classes.size()];
@@ -126,6 +123,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   qfa_object_release(object);
   qfa_thread_done();
+  qfa_revoke_running_object("QuillPaperDot.BridgeToVB");
+  qfa_object_release(host);
   if (!DllCanUnloadNow()) std::abort();  // something the calls made was never released
   return 0;
 }

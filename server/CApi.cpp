@@ -16,6 +16,7 @@
 #include "host/Array.h"
 #include "host/AutomationError.h"
 #include "host/CallSite.h"
+#include "host/LibraryObject.h"
 #include "host/Object.h"
 #include "host/RunningObjects.h"
 #include "host/Variant.h"
@@ -116,7 +117,8 @@ class CallArguments {
 
 // ---- host objects written in C ------------------------------------------------
 
-class HostObject final : public Object {
+// Counted as the library's own: its code runs when the last reference goes.
+class HostObject final : public Object, private LibraryObject {
  public:
   HostObject(const qfa_host_vtable& vtable, void* self) : vtable_(vtable), self_(self) {}
   ~HostObject() override {

@@ -169,7 +169,9 @@ QFA_C_API int32_t qfa_class_lock_server(qfa_object* class_object, int lock);
 /* DllGetClassObject and CreateInstance in one step. */
 QFA_C_API int32_t qfa_create_object(const char* class_name, qfa_object** instance);
 
-/* 1 exactly when no object the library made is alive and no lock is held. */
+/* 1 exactly when no object the library made is alive (the host objects it
+ * wraps included, and those it holds: a registered running object, the
+ * diagnostics service until qfa_thread_done) and no lock is held. */
 QFA_C_API int DllCanUnloadNow(void);
 
 /* Writes the per-user registration record

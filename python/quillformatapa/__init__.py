@@ -245,6 +245,8 @@ class Library:
         return Dispatch(self, out.value)
 
     def can_unload_now(self):
+        """Whether no object of the library's making is alive: every object
+        released, and close() called (the library holds the diagnostics service)."""
         return bool(self._dll.DllCanUnloadNow())
 
     def register_server(self):
@@ -279,7 +281,9 @@ class Library:
         return self._check(self._dll.qfa_revoke_running_object(class_name.encode())) == _capi.OK
 
     def close(self):
-        """Lets go of every Python object the library still holds for this thread."""
+        """Lets go of every Python object the library still holds for this
+        thread: the diagnostics service and its bridge (use_diagnostics
+        brings them back)."""
         if self._dll is None:
             return
         self._dll.qfa_thread_done()

@@ -18,6 +18,7 @@ by reference reaches a Python method as a ByRef, whose value it may set.
 """
 
 import atexit
+import contextlib
 import ctypes
 import inspect
 import itertools
@@ -303,18 +304,14 @@ class Library:
             raise self._error(number)
         return number
 
+    @contextlib.contextmanager
     def _temporary(self):
-        lib = self
-
-        class Scope:
-            def __enter__(self):
-                self.v = _Variant(lib)
-                return self.v
-
-            def __exit__(self, *exc):
-                self.v.free()
-
-        return Scope()
+        """A variant for the length of a `with` block."""
+        v = _Variant(self)
+        try:
+            yield v
+        finally:
+            v.free()
 
     def _invoke(self, ptr, name, kind, args, kwargs):
         values = list(args) + list(kwargs.values())

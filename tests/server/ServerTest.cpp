@@ -129,17 +129,22 @@ struct HostObject {
       if (strcasecmp(h->members[i].c_str(), name) == 0) return static_cast<int32_t>(i);
     return -1;
   }
+  // An argument's text, whatever its type ("" for what has none).
+  static std::string textOf(qfa_variant* v) {
+    const char* text = nullptr;
+    size_t length = 0;
+    return qfa_variant_get_string(v, &text, &length) == QFA_OK ? std::string(text, length) : std::string();
+  }
+
   static int32_t invoke(void* p, int32_t id, int32_t kind, qfa_variant* const* args, size_t argc,
                         const char* const* names, size_t namedCount, qfa_variant* result) {
     auto* h = static_cast<HostObject*>(p);
     const std::string& member = h->members.at(static_cast<size_t>(id));
     std::string call = member;
     for (size_t i = 0; i < argc; ++i) {
-      const char* text = nullptr;
-      size_t length = 0;
       call += i ? ", " : "(";
       if (i >= argc - namedCount) call += std::string(names[i - (argc - namedCount)]) + ":=";
-      if (qfa_variant_get_string(args[i], &text, &length) == QFA_OK) call.append(text, length);
+      call += textOf(args[i]);
     }
     h->calls.push_back(call + (argc ? ")" : ""));
     if (auto f = h->failures.find(member); f != h->failures.end()) {
@@ -147,26 +152,9 @@ struct HostObject {
       return f->second.first;
     }
     if (member == "ErrorParams") qfa_variant_set_object(result, h->self);
-    if (member == "Exists") {
-      const char* key = nullptr;
-      size_t length = 0;
-      qfa_variant_get_string(args[0], &key, &length);
-      qfa_variant_set_bool(result, h->values.count(std::string(key, length)) > 0);
-    }
-    if (member == "Item" && (kind & QFA_PROPERTY_PUT) && argc == 2) {
-      const char *key = nullptr, *value = nullptr;
-      size_t keyLength = 0, valueLength = 0;
-      qfa_variant_get_string(args[0], &key, &keyLength);
-      qfa_variant_get_string(args[1], &value, &valueLength);
-      h->values[std::string(key, keyLength)] = std::string(value, valueLength);
-    }
-    if (member == "Add" && argc == 2) {
-      const char *key = nullptr, *value = nullptr;
-      size_t keyLength = 0, valueLength = 0;
-      qfa_variant_get_string(args[0], &key, &keyLength);
-      qfa_variant_get_string(args[1], &value, &valueLength);
-      h->values[std::string(key, keyLength)] = std::string(value, valueLength);
-    }
+    if (member == "Exists") qfa_variant_set_bool(result, h->values.count(textOf(args[0])) > 0);
+    const bool writesAnItem = (member == "Item" && (kind & QFA_PROPERTY_PUT)) || member == "Add";
+    if (writesAnItem && argc == 2) h->values[textOf(args[0])] = textOf(args[1]);
     if (auto a = h->answers.find(member); a != h->answers.end()) qfa_variant_set_long(result, a->second);
     return 0;
   }

@@ -67,8 +67,9 @@ Nothing = _Sentinel("Nothing")  # the empty object reference
 
 
 class Diagnostics:
-    """A diagnostics service for the library: keeps its call stack, records
-    every error it reports and answers it by leaving the failing procedure.
+    """A diagnostics service for the library: keeps its call stack and records
+    every error it reports. It answers the first error of a thread by leaving
+    the failing procedure; the library skips every later one without asking.
     Pass `trace` (a callable taking one line) to see every procedure."""
 
     EXIT, END, RETRY, IGNORE = 1, 3, 4, 5

@@ -167,6 +167,9 @@ class LateBoundCallTest(unittest.TestCase):
             ("overflow", lambda: self.main.buildInstruction("Title", 70000), 6),
             ("unknown named argument", lambda: self.main.buildStyle(shadow=True), 448),
             ("not an object", lambda: self.main.getMetaData("dictionary"), 424),
+            ("too many arguments", lambda: self.main.buildStyle(*[True] * 8), 450),
+            ("writing a read-only property", lambda: setattr(self.main, "UpdateFrontMatter", True), 450),
+            ("a property read with arguments it lacks", lambda: self.main.TableTemplate(1), 449),
         ]
         for what, call, number in cases:
             with self.subTest(what):
@@ -352,6 +355,29 @@ class RegistrationTest(unittest.TestCase):
             self.assertEqual(out, ["True", "False"])
             self.assertFalse(record.exists())
 
+
+class LoadingTest(unittest.TestCase):
+    def run_python(self, script, **env):
+        environment = {k: v for k, v in os.environ.items() if k != "QUILLFORMATAPA_LIBRARY"}
+        environment.update(env)
+        return subprocess.run([sys.executable, "-c", script], env=environment, capture_output=True, text=True)
+
+    def test_a_library_that_cannot_be_found_is_a_clear_error(self):
+        with tempfile.TemporaryDirectory() as home:
+            run = self.run_python("import quillformatapa as q; q.Main2()", XDG_DATA_HOME=home, LD_LIBRARY_PATH="")
+        self.assertNotEqual(run.returncode, 0)
+        self.assertIn("QUILLFORMATAPA_LIBRARY", run.stderr)
+
+    def test_a_record_naming_a_missing_library_is_passed_over(self):
+        with tempfile.TemporaryDirectory() as home:
+            record = Path(home) / "QuillFormatAPA" / "registration.json"
+            record.parent.mkdir()
+            record.write_text(json.dumps({"library": str(Path(home) / "gone.so")}), encoding="utf-8")
+            run = self.run_python("import quillformatapa._capi as c; c.find_library()", XDG_DATA_HOME=home,
+                                  LD_LIBRARY_PATH="")
+        self.assertNotEqual(run.returncode, 0)
+        self.assertIn("is not registered", run.stderr)
+        self.assertNotIn("gone.so", run.stderr)
 
 if __name__ == "__main__":
     unittest.main()

@@ -64,6 +64,16 @@ class PaperOutlineTest(unittest.TestCase):
         self.assertEqual(page(lines, "Table of Contents"), ["== Table of Contents ==", "(list field, kind 0)"])
         self.assertIn("Front Matter: [[The College which grants your degree]]", page(lines, "Title Page"))
 
+    def test_every_paper_type_lays_out_without_errors(self):
+        for paper_type, name in enumerate(["undergraduate paper", "master's thesis", "doctoral dissertation",
+                                           "manuscript for publication"]):
+            with self.subTest(name):
+                lines = outline("--paper-type", str(paper_type))
+                self.assertTrue(lines[0].endswith(f"({name})"))
+                captions = [caption for _, caption in pages(lines)]
+                self.assertEqual((captions[0], captions[-1]), ("Title Page", "References"))
+                self.assertIn("Method", captions)
+
     def test_without_hints(self):
         lines = outline("--no-hints")
         self.assertIn("## Method", page(lines, "Method"))

@@ -484,6 +484,44 @@ TEST_F(ServerTest, ExecuteRunsACommandOnTheCommandObjectWithTheArgument) {
   EXPECT_FALSE(reportedErrors().empty());
 }
 
+// The command channel never fails to its caller: what goes wrong is reported
+// to the diagnostics service under Main2.Execute, with the platform's number.
+TEST_F(ServerTest, ExecuteReportsWhatItCannotRun) {
+  Obj main2 = create("QuillFormatAPA.Main2");
+  const struct {
+    const char* command;
+    bool textParam;
+    int32_t reported;  // the number reported from Execute, 0 for none
+  } cases[] = {
+      {"NoSuchCommand", false, 438},
+      {"buildInstruction", false, 449},  // needs arguments
+      {"InitializeBuilder", true, 424},  // the argument must be an object
+      {"updateFRONTmatter", false, 0},   // any parameterless member, in any case
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.command);
+    const size_t before = service.calls.size();
+    Value command(c.command), param("not an object");
+    Value commandRef = Value::refTo(command);
+    std::vector<qfa_variant*> args{commandRef.v};
+    if (c.textParam) args.push_back(param.v);
+    Value result;
+    EXPECT_EQ(Call(main2.o, "Execute", args).into(result), QFA_OK) << qfa_error_description();
+    std::vector<int32_t> fromExecute;
+    for (size_t i = before; i < service.calls.size(); ++i) {
+      const std::string& call = service.calls[i];
+      const std::string prefix = "vbwBeforeDump(QuillFormatAPA, Main2, Execute, ";
+      if (call.rfind(prefix, 0) != 0) continue;
+      const size_t number = call.find(", ", prefix.size()) + 2;  // after the line
+      fromExecute.push_back(std::atoi(call.c_str() + number));
+    }
+    if (c.reported)
+      EXPECT_EQ(fromExecute, std::vector<int32_t>{c.reported});
+    else
+      EXPECT_TRUE(fromExecute.empty());
+  }
+}
+
 // The template's table flow, with a table object made of C callbacks: the
 // form's buttons, the metadata the library fills through a by-reference
 // array, every row, then the notes.

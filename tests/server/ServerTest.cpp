@@ -571,6 +571,40 @@ TEST_F(ServerTest, EveryTableOfTheFormBuildsThroughTheCInterface) {
   EXPECT_TRUE(reportedErrors().empty()) << reportedErrors().front();
 }
 
+// Calls a C host gets wrong come back as 5 (invalid procedure call), never a crash.
+TEST_F(ServerTest, MalformedCallsAreRefused) {
+  Obj main2 = create("QuillFormatAPA.Main2");
+  Value caption("Title"), result;
+  qfa_variant* one[] = {caption.v};
+  qfa_variant* withHole[] = {nullptr};
+  const char* noName[] = {nullptr};
+  const struct {
+    const char* what;
+    int32_t number;
+    int32_t got;
+  } cases[] = {
+      {"no member name", 5, qfa_invoke(main2.o, nullptr, QFA_METHOD, one, 1, nullptr, 0, result.v)},
+      {"more names than arguments", 5, qfa_invoke(main2.o, "buildInstruction", QFA_METHOD, one, 1, noName, 2, result.v)},
+      {"arguments missing", 5, qfa_invoke(main2.o, "buildInstruction", QFA_METHOD, nullptr, 1, nullptr, 0, result.v)},
+      {"a named argument without a name", 5,
+       qfa_invoke(main2.o, "buildInstruction", QFA_METHOD, one, 1, noName, 1, result.v)},
+      {"a null argument is a missing one", 449,
+       qfa_invoke(main2.o, "buildInstruction", QFA_METHOD, withHole, 1, nullptr, 0, result.v)},
+      {"a class object's member on a command object", 438, [&] {
+         qfa_object* none = nullptr;
+         return qfa_class_create_instance(main2.o, &none);
+       }()},
+      {"a negative array size", 5, qfa_variant_set_array(result.v, 0, -1)},
+      {"no output", 5, qfa_variant_get_long(caption.v, nullptr)},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.got, c.number) << c.what;
+
+  static const qfa_host_vtable noInvoke{HostObject::idOfName, nullptr, nullptr, nullptr};
+  EXPECT_EQ(qfa_host_object_new(&noInvoke, nullptr), nullptr);
+  EXPECT_EQ(qfa_host_object_new(nullptr, nullptr), nullptr);
+  EXPECT_EQ(qfa_revoke_running_object("Nobody.Registered"), QFA_FALSE);
+}
+
 TEST_F(ServerTest, RegistrationWritesAndRemovesExactlyOneRecord) {
   const std::filesystem::path home = std::filesystem::temp_directory_path() / "qfa-registration-test";
   std::filesystem::remove_all(home);
@@ -601,6 +635,14 @@ TEST_F(ServerTest, RegistrationWritesAndRemovesExactlyOneRecord) {
   std::ofstream(record) << "{\"library\": \"/opt/elsewhere/libQuillFormatAPA.so\"}\n";
   EXPECT_EQ(DllUnregisterServer(), QFA_FALSE);
   EXPECT_TRUE(std::filesystem::exists(record));
+
+  // A data folder that cannot hold the record: a clear error and nothing half-written.
+  std::filesystem::remove_all(home);
+  std::filesystem::create_directories(home);
+  std::ofstream(home / "QuillFormatAPA") << "a file where the folder should be\n";
+  EXPECT_EQ(DllRegisterServer(), 75);
+  EXPECT_NE(std::string(qfa_error_description()).find("QuillFormatAPA"), std::string::npos) << qfa_error_description();
+  EXPECT_FALSE(std::filesystem::exists(record.string() + ".tmp"));
 
   std::filesystem::remove_all(home);
   if (before)

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "quillpaper/ReferencePipeline.h"
+#include "quillpaper/references/ReferencePipeline.h"
 
 namespace {
 
@@ -72,10 +72,12 @@ double peakRssMb() {
 
 // One entry of `bytes` bytes in a shape that stresses one part of the
 // reader: a long title, many sentences, many unclosed or closed groups,
-// a long author list, many "In " parts.
+// a long author list, many "In " parts, many bracketed or numbered groups
+// after a title.
 std::string longEntry(int shape, size_t bytes) {
-  static const char* pieces[] = {"word ", "Word. ", " (x", " (a)", "Smith, J., ", ". In A (Ed.), ", "\xC3\xA9\x01]"};
-  std::string text = shape == 4 ? "" : "Smith, J. (2001). ";
+  static const char* pieces[] = {"word ", "Word. ", " (x", " (a)", "Smith, J., ", ". In A (Ed.), ", "\xC3\xA9\x01]",
+                                 "[a] ", "(1) "};
+  std::string text = shape == 4 ? "" : shape >= 7 ? "Smith, J. (2001). T. " : "Smith, J. (2001). ";
   while (text.size() < bytes) text += pieces[shape];
   if (shape == 4) text += "(2001). Title. Place: Publisher.";
   return text + ". New York, NY: Wiley.";
@@ -95,7 +97,7 @@ void BM_LongEntry(benchmark::State& state) {
   state.counters["peak_rss_mb"] = peakRssMb();
 }
 BENCHMARK(BM_LongEntry)
-    ->ArgsProduct({{0, 1, 2, 3, 4, 5, 6}, {1 << 16, 1 << 18, 1 << 20}})
+    ->ArgsProduct({{0, 1, 2, 3, 4, 5, 6, 7, 8}, {1 << 16, 1 << 18, 1 << 20}})
     ->Unit(benchmark::kMillisecond)
     ->Iterations(1);
 

@@ -70,6 +70,7 @@ void InitializeBuilder(const ObjectRef& theParam, const ObjectRef& super) {
   traced(kModule, "InitializeBuilder", params(arg("theParam", theParam), arg("super", super)), [&](Procedure& proc) {
     bool outputTemplate = false;
     proc.local("outputTemplate", outputTemplate);
+    const Holding held(builderParams);
     proc.step([&] { builderParams = theParam; });
     proc.step([&] { outputTemplate = builder().outputTemplate(); });
     proc.step([&] { AddTitlePageMetadata(builderParams, outputTemplate, super); });

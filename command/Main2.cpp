@@ -85,6 +85,7 @@ void Main2::reportVariables(const VariableReport& r) const {
 
 void Main2::Execute(std::string& command, const Variant& theParam) {
   traced(*this, "Execute", params(arg("command", command), arg("theParam", theParam)), [&](Procedure& proc) {
+    const Holding held(mParam);
     if (!theParam.isMissing()) proc.step([&] { mParam = theParam.toObject(); });
     proc.step([&] {
       // Only parameterless members can be reached this way; the result is dropped.
@@ -128,6 +129,7 @@ ObjectRef Main2::ReferenceBuilder(int16_t whichType, const ObjectRef& formatterS
 std::string Main2::getMetaData(const ObjectRef& obj) {
   return traced(*this, "getMetaData", params(arg("obj", obj)), [&](Procedure& proc) {
     std::string result;
+    const Holding held(mMetaData);
     proc.step([&] { mMetaData = obj; });
     proc.step([&] { setDefaultMetadataSettings(obj); });
     proc.step([&] { result = FormatterImplementation::getMetaData(ObjectRef(this)); });

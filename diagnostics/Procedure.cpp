@@ -72,13 +72,24 @@ void Procedure::enter() {
   std::string text;
   if (state_.vbwTraceParameters) text = parameterText();
   vbwProtector::procIn(state_, qualifiedName_, text);
+  tracedIn_ = true;
 }
 
-void Procedure::exit() const {
-  if (state_.vbwTraceProc) vbwProtector::procOut(state_);
+void Procedure::exit() {
+  if (!tracedIn_ || tracedOut_) return;
+  tracedOut_ = true;
+  vbwProtector::procOut(state_);
 }
 
-void Procedure::leave() const { exit(); }
+void Procedure::leave() { exit(); }
+
+Procedure::~Procedure() {
+  try {
+    exit();
+  } catch (...) {
+    // The service failed to take the exit: nothing more can be told it here.
+  }
+}
 
 bool Procedure::errorTail(std::exception_ptr error, uint32_t line) {
   const AutomationError e = asAutomationError(error);

@@ -113,6 +113,10 @@ class Procedure {
         params_(params) {}
   Procedure(const Procedure&) = delete;
   Procedure& operator=(const Procedure&) = delete;
+  // The frame traces itself out: a procedure traced in is traced out on every
+  // way out of it, an exception that escapes its statements included, so the
+  // service's call stack stays balanced.
+  ~Procedure();
 
   // Declares a local variable for the dump, in declaration order.
   template <class T>
@@ -144,8 +148,8 @@ class Procedure {
 
   // For traced(): the prologue, the normal exit and the exit through the tail.
   void enter();
-  void exit() const;
-  void leave() const;
+  void exit();
+  void leave();
 
  private:
   void addLocal(VarRef ref) {
@@ -162,6 +166,8 @@ class Procedure {
   void dump() const;
 
   vbwProtector::ThreadState& state_;
+  bool tracedIn_ = false;
+  bool tracedOut_ = false;
   const Module& module_;
   std::string_view name_;
   std::string_view qualifiedName_;
@@ -169,6 +175,20 @@ class Procedure {
   std::array<VarRef, 12> locals_;  // the first localCount_ are set
   size_t localCount_ = 0;
   std::vector<VarRef> moreLocals_;
+};
+
+// A module's hold on a host object for the length of one procedure: let go
+// on every way out of it, the error tail included, after the tail has dumped
+// it. A host object must never outlive its host.
+class Holding {
+ public:
+  explicit Holding(ObjectRef& slot) noexcept : slot_(slot) {}
+  Holding(const Holding&) = delete;
+  Holding& operator=(const Holding&) = delete;
+  ~Holding() { slot_ = ObjectRef(); }
+
+ private:
+  ObjectRef& slot_;
 };
 
 // "QuillFormatAPA.Module.procedure"

@@ -80,12 +80,16 @@ std::string settingsFilePath() {
 
 bool readTraceSwitch() { return settingIsOn() || commandLineAsksForTrace(); }
 
+// The service is looked up again when the host has registered another bridge
+// (or taken its own back) since: each thread reports to the bridge running now.
 const ObjectRef& errorParams(ThreadState& s) {
-  if (!s.mErrorParams) {
+  const uint64_t now = RunningObjects::generation();
+  if (!s.mErrorParams || s.lookedUpAt != now) {
     ObjectRef bridge = RunningObjects::lookup(kBridgeClass);
     if (!bridge)
       throw AutomationError(kCannotCreateObject, std::string(kBridgeClass) + " is not running");
     s.mErrorParams = host::BridgeRef(bridge).ErrorParams();
+    s.lookedUpAt = now;
   }
   return s.mErrorParams;
 }

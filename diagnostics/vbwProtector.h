@@ -27,6 +27,7 @@ struct ThreadState {
   bool vbwTraceProc = true;        // entry and exit are always traced
   bool vbwTraceParameters = false;  // parameter texts only with the trace switch on
   ObjectRef mErrorParams;           // the service, once looked up
+  uint64_t lookedUpAt = 0;          // the running objects' generation then
   bool answered = false;            // an error was answered other than with retry
   AutomationError currentError{0, "", ""};
 };

@@ -180,6 +180,16 @@ void getQLRefMetaData(const ObjectRef& formatterSettings) {
                {"usesRetrievedPrefix", true},
                {"SupportsWebsiteAsEric", true},
                {"SupportsWebsiteAsDatabase", false}});
+    // The 7th edition, where the host asks for it: up to 20 authors (from 21
+    // the first 19, an ellipsis and the last), DOIs as addresses, an address
+    // without "Retrieved from", a publisher without its place.
+    int16_t edition = 6;
+    proc.step([&] { edition = settings.edition(); });
+    if (edition == 7) {
+      reset(0, {{"numAuthorsToTriggerEtAl", int16_t{21}}, {"numAuthorsInEtAl", int16_t{20}}});
+      reset(13, {{"DOIPrefix", "https://doi.org/"}, {"usesRetrievedPrefix", false}});
+      reset(4, {{"showsPublisherPlace", false}});
+    }
     reset(16, {{"shortenedMicroform", false},
                {"supportsAdvancedCD", false},
                {"useSquareBrackets", true},

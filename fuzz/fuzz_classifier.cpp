@@ -8,8 +8,8 @@
 
 #include "command/ClassFactory.h"
 #include "host/CallSite.h"
-#include "quillpaper/ReferenceFormatter.h"
-#include "quillpaper/ReferenceSource.h"
+#include "quillpaper/references/ReferenceFormatter.h"
+#include "quillpaper/references/ReferenceSource.h"
 #include "quillpaper/Session.h"
 
 using namespace QuillFormatAPA;

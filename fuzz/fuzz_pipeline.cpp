@@ -1,14 +1,18 @@
 // The whole reference pipeline on arbitrary lines, as `quillpaper refs` runs
 // it, with every output form written: a result or a clear problem, never a
-// crash and never an error inside the library.
+// crash and never an error inside the library. What the list shows is the
+// entry as typed, or an APA form that loses and adds no word but for what
+// APA changes in the names of authors and editors (initials, the names
+// between the sixth and the last).
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
 #include <string>
 
-#include "quillpaper/ReferenceList.h"
-#include "quillpaper/ReferencePipeline.h"
+#include "quillpaper/references/ReferenceList.h"
+#include "quillpaper/references/ReferencePipeline.h"
+#include "quillpaper/references/WordAudit.h"
 #include "quillpaper/Session.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -20,8 +24,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   for (const std::string& problem : r.problems)
     if (problem.starts_with("the formatting library reported an error")) std::abort();
   std::vector<quillpaper::FormattedReference> list{r};
+  std::ostringstream text;
+  quillpaper::writeText(list, text);
+  const std::string shown = text.str().substr(0, text.str().size() - (r.excludedBecause.empty() ? 1 : 0));
+  if (r.excludedBecause.empty() && shown != r.input) {
+    quillpaper::Rewrites names;
+    for (const auto* people : {&r.authors, &r.editors})
+      for (const quillpaper::PersonName& n : *people) {
+        names.mayLose.insert(names.mayLose.end(), {n.family, n.given});
+        names.mayAdd.insert(names.mayAdd.end(), {quillpaper::initialsOf(n.given), "&"});
+      }
+    if (!quillpaper::auditWords(r.input, shown, names).clean()) std::abort();
+  }
   std::ostringstream out;
-  quillpaper::writeText(list, out);
   quillpaper::writeHtml(list, out);
   quillpaper::writeMarkdown(list, out);
   quillpaper::writeJsonLines(list, out);

@@ -1,9 +1,12 @@
 // Arbitrary late-bound calls through the C interface: any public class, any
 // member, any call kind, arguments of any type, positional, named or by
-// reference. Every call must come back with 0 or an error number, and once
-// the host has let go of everything no library object may be left alive.
+// reference (cycles among them included), arrays with any bounds, and the
+// diagnostics bridge registered again between calls. Every call must come
+// back with 0 or an error number, and once the host has let go of everything
+// no library object may be left alive.
 #include <strings.h>
 
+#include <climits>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
@@ -64,11 +67,18 @@ void fill(qfa_variant* v, Input& in, std::vector<qfa_variant*>& owned) {
     case 6: qfa_variant_set_double(v, static_cast<int8_t>(in.byte()) * 1.5e3); break;
     case 7: qfa_variant_set_object(v, (in.byte() & 1) ? host : nullptr); break;
     case 8: {
-      const int32_t count = in.byte() % 16;
-      qfa_variant_set_array(v, static_cast<int8_t>(in.byte()) % 3, count);
+      // Small arrays mostly; now and then bounds at the ends of the 32-bit range.
+      const bool extreme = in.byte() % 8 == 0;
+      const int32_t lower = extreme ? (in.byte() & 1 ? INT32_MAX - in.byte() : INT32_MIN + in.byte())
+                                    : static_cast<int8_t>(in.byte()) % 3;
+      qfa_variant_set_array(v, lower, in.byte() % 16);
       break;
     }
-    case 9: {  // by reference to a value of its own
+    case 9: {  // by reference to a value of its own, or to one made before (a cycle, perhaps)
+      if (!owned.empty() && in.byte() % 4 == 0) {
+        qfa_variant_set_byref(v, owned[in.byte() % owned.size()]);
+        break;
+      }
       qfa_variant* target = qfa_variant_new();
       owned.push_back(target);
       fill(target, in, owned);
@@ -120,6 +130,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         qfa_invoke(object, name.c_str(), kind, args.data(), argc, names.data(), names.size(), result);
     if (number < 0) std::abort();
     for (qfa_variant* v : owned) qfa_variant_free(v);
+    // The host registers its bridge again, as a host that restarts its service does.
+    if (in.byte() % 8 == 0 && qfa_register_running_object("QuillPaperDot.BridgeToVB", host) != QFA_OK) std::abort();
   }
   qfa_object_release(object);
   qfa_thread_done();

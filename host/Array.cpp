@@ -1,5 +1,7 @@
 #include "Array.h"
 
+#include <climits>
+#include <cstdint>
 #include <string>
 
 namespace QuillFormatAPA {
@@ -10,9 +12,13 @@ namespace {
   throw AutomationError(kSubscriptOutOfRange, "index " + std::to_string(index));
 }
 
+// The number of elements from `lower` to `upper`, counted in 64 bits: the
+// bounds may be anywhere in the 32-bit range.
 int32_t countOf(int32_t lower, int32_t upper) {
-  if (upper < lower - 1) throw AutomationError(kSubscriptOutOfRange, "upper bound below lower bound");
-  return upper - lower + 1;
+  const int64_t count = int64_t{upper} - lower + 1;
+  if (count < 0) throw AutomationError(kSubscriptOutOfRange, "upper bound below lower bound");
+  if (count > INT32_MAX) throw AutomationError(kOverflow, "more than 2,147,483,647 elements");
+  return static_cast<int32_t>(count);
 }
 
 }  // namespace
@@ -49,7 +55,7 @@ int32_t Array::lowerBound(int dimension) const {
 
 int32_t Array::upperBound(int dimension) const {
   if (dimension < 1 || dimension > dims_) throw AutomationError(kSubscriptOutOfRange, "dimension");
-  return lower_[dimension - 1] + count_[dimension - 1] - 1;
+  return static_cast<int32_t>(int64_t{lower_[dimension - 1]} + count_[dimension - 1] - 1);
 }
 
 size_t Array::offset(int32_t i) const {
@@ -137,11 +143,18 @@ Array stringArray(std::span<const std::string> values) {
   return a;
 }
 
+int32_t indexAt(const Array& array, int32_t k) {
+  const int64_t index = int64_t{array.lowerBound()} + k;
+  if (index > INT32_MAX || index < INT32_MIN) throw AutomationError(kSubscriptOutOfRange, "index beyond 2,147,483,647");
+  return static_cast<int32_t>(index);
+}
+
 std::vector<std::string> toStrings(const Array& array) {
   std::vector<std::string> out;
   if (array.dimensions() == 0) return out;
+  if (array.dimensions() != 1) throw AutomationError(kSubscriptOutOfRange, "dimension");
   out.reserve(array.size());
-  for (int32_t i = array.lowerBound(); i <= array.upperBound(); ++i) out.push_back(array.get(i).toString());
+  for (const Variant& v : array.elements()) out.push_back(v.toString());
   return out;
 }
 

@@ -63,6 +63,10 @@ class QFA_API Array {
   std::vector<Variant> data_;
 };
 
+// The index of element `k` of a one-dimensional array counted from its lower
+// bound; 9 when the bounds sit so high that no index can hold it.
+QFA_API int32_t indexAt(const Array& array, int32_t k);
+
 // A zero-based String array holding `values` in order.
 QFA_API Array stringArray(std::span<const std::string> values);
 // The strings of a one-dimensional array, lowest index first.

@@ -76,6 +76,15 @@ bool FormatterSettingsRef::twoEditorsIsOnlyCaseHaveNoComma() const {
   return site.call(o_).toBool();
 }
 
+int16_t apaEdition(const ObjectRef& o) {
+  static const CallSite site("APAEdition");
+  if (!o || o->idOfName("APAEdition") == kUnknownDispId) return 6;
+  const Variant v = site.call(o);
+  return !v.isEmpty() && v.toInteger() == 7 ? 7 : 6;
+}
+
+int16_t FormatterSettingsRef::edition() const { return apaEdition(o_); }
+
 bool FormatterSettingsRef::reverseEditors() const {
   static const CallSite site("reverseEditors");
   return site.call(o_).toBool();
@@ -136,7 +145,7 @@ const char* fieldName(Field f) {
       "RefersToType", "volume", "Number", "issue", "subwork", "subworkType", "publisher", "place", "editionBook",
       "editorStr", "isEditor", "CompilerOrEditor", "translator", "MultiPartWork", "IsMultiVol", "BookPageRange",
       "publicationMediumDetails", "reprint", "reprintFormatted", "pageCitation", "isPage", "isReferenceEntry",
-      "Medium", "esourceType", "Degree", "subworkTranslator",
+      "Medium", "esourceType", "Degree", "subworkTranslator", "siteName",
   };
   return names[static_cast<int>(f)];
 }

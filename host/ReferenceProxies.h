@@ -38,6 +38,11 @@ class OutputTemplateRef {
   ObjectRef o_;
 };
 
+// The APA edition an object of the host names by its "APAEdition" property:
+// 7 for the 7th edition; 6 (the template's own) when it says anything else,
+// or has no such member at all.
+int16_t apaEdition(const ObjectRef& o);
+
 // The reference formatter's settings object.
 class FormatterSettingsRef {
  public:
@@ -47,6 +52,8 @@ class FormatterSettingsRef {
   ObjectRef citationOutputTemplate() const;
   bool twoEditorsIsOnlyCaseHaveNoComma() const;
   bool reverseEditors() const;
+  // The APA edition the host asks for (its "APAEdition"), 6 when it names none.
+  int16_t edition() const;
 
   void setFormat(int16_t v) const;
   void setIsSeasonFirst(bool v) const;
@@ -97,8 +104,9 @@ enum class Field {
   subwork, subworkType, publisher, place, editionBook, editorStr, isEditor, CompilerOrEditor, translator,
   MultiPartWork, IsMultiVol, BookPageRange, publicationMediumDetails, reprint, reprintFormatted, pageCitation,
   isPage, isReferenceEntry, Medium, esourceType, Degree, subworkTranslator,
+  siteName,  // the site or blog an electronic source is on (the 7th edition names it)
 };
-constexpr int kFieldCount = static_cast<int>(Field::subworkTranslator) + 1;
+constexpr int kFieldCount = static_cast<int>(Field::siteName) + 1;
 const char* fieldName(Field f);
 
 // The template's generic reference object: the data source of an entry.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 
 #include "Export.h"
@@ -17,6 +18,14 @@ QFA_API void registerObject(std::string_view className, ObjectRef object);
 QFA_API bool revoke(std::string_view className);
 // The object registered under `className`, or null.
 QFA_API ObjectRef lookup(std::string_view className);
+// When `current` is what stands under `className`, puts `replacement` there
+// (removes the registration when it is null) and answers true; otherwise
+// leaves the registration, someone else's now, alone. How an owner undoes its
+// own registration, giving back the one it replaced.
+QFA_API bool replaceIf(std::string_view className, const Object* current, ObjectRef replacement);
+// A number that changes with every registration and revocation: who keeps
+// what they looked up compares it to know when to look again.
+QFA_API uint64_t generation() noexcept;
 
 }  // namespace RunningObjects
 

@@ -47,12 +47,13 @@ void Variant::copyFrom(const Variant& o) {
   }
 }
 
-void Variant::moveFrom(Variant& o) noexcept {
+void Variant::moveFrom(Variant& o) {
   switch (o.kind_) {
     case Kind::Borrowed:
-      kind_ = Kind::Borrowed;
-      u_.lent.data = o.u_.lent.data;
-      u_.lent.size = o.u_.lent.size;
+      // A loan is for the call it was made for: what is moved elsewhere may
+      // outlive it, so it takes the text with it.
+      new (&u_.s) std::string(o.u_.lent.data, o.u_.lent.size);
+      kind_ = Kind::String;
       return;
     case Kind::String: new (&u_.s) std::string(std::move(o.u_.s)); kind_ = Kind::String; break;
     case Kind::Object: u_.obj = o.u_.obj; kind_ = Kind::Object; break;
@@ -305,53 +306,75 @@ namespace QuillFormatAPA {
 
 namespace {
 
-bool isMonthName(std::string_view word) {
+// The month a word names (1 to 12, "Jan." and "january" alike), or 0.
+int monthOf(std::string_view word) {
   static const char* months[] = {"january", "february", "march",     "april",   "may",      "june",
                                  "july",    "august",   "september", "october", "november", "december"};
   std::string lower;
   for (char c : word)
     if (c != '.') lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  if (lower.size() < 3) return false;
-  for (const char* m : months)
-    if (std::string_view(m).starts_with(lower) && (lower.size() >= 3)) return true;
-  return false;
+  if (lower.size() < 3) return 0;
+  for (int m = 0; m < 12; ++m)
+    if (std::string_view(months[m]).starts_with(lower)) return m + 1;
+  return 0;
 }
 
 bool allDigits(std::string_view s) {
   return !s.empty() && std::all_of(s.begin(), s.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
+// The days of a month; February has 29 when the year is not known.
+int daysIn(int month, int year) {
+  static const int days[] = {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  if (month != 2 || year == 0) return days[month - 1];
+  const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+  return leap ? 29 : 28;
+}
+
+bool isDay(int day, int month, int year) { return month >= 1 && month <= 12 && day >= 1 && day <= daysIn(month, year); }
+
 }  // namespace
 
 bool isDate(std::string_view text) noexcept {
-  // Words separated by blanks, commas, slashes, hyphens or full stops.
-  std::vector<std::string_view> words;
+  // Two or three words separated by blanks, commas, slashes, hyphens or full
+  // stops: a year, a month (named or in figures), a day.
+  std::string_view words[3];
+  size_t count = 0;
   size_t i = 0;
   while (i < text.size()) {
     while (i < text.size() && std::string_view(" ,/-.").find(text[i]) != std::string_view::npos) ++i;
     size_t j = i;
     while (j < text.size() && std::string_view(" ,/-.").find(text[j]) == std::string_view::npos) ++j;
-    if (j > i) words.push_back(text.substr(i, j - i));
+    if (j > i) {
+      if (count == 3) return false;
+      words[count++] = text.substr(i, j - i);
+    }
     i = j;
   }
-  if (words.size() < 2 || words.size() > 3) return false;
-  int year = 0, day = 0, month = 0, numbers = 0;
-  for (std::string_view w : words) {
-    if (isMonthName(w)) {
-      ++month;
+  if (count < 2) return false;
+  int year = 0, month = 0, years = 0, months = 0;
+  int numbers[2] = {0, 0};
+  int figures = 0;
+  for (size_t k = 0; k < count; ++k) {
+    const std::string_view w = words[k];
+    if (const int m = monthOf(w)) {
+      month = m;
+      ++months;
     } else if (allDigits(w) && w.size() == 4) {
-      ++year;
-    } else if (allDigits(w) && w.size() <= 2 && std::stoi(std::string(w)) >= 1 && std::stoi(std::string(w)) <= 31) {
-      ++numbers;
-      ++day;
+      year = (w[0] - '0') * 1000 + (w[1] - '0') * 100 + (w[2] - '0') * 10 + (w[3] - '0');
+      ++years;
+    } else if (allDigits(w) && w.size() <= 2 && figures < 2) {
+      numbers[figures++] = w.size() == 1 ? w[0] - '0' : (w[0] - '0') * 10 + (w[1] - '0');
     } else {
       return false;
     }
   }
-  if (year > 1 || month > 1) return false;
-  if (month == 1) return year + day >= 1 && day <= 1;
-  // All figures: a year with month and day.
-  return year == 1 && numbers == 2;
+  if (years > 1 || months > 1) return false;
+  // A named month: with a year, a day, or both; the day must be one of the month's.
+  if (months == 1) return years + figures >= 1 && figures <= 1 && (figures == 0 || isDay(numbers[0], month, year));
+  // All figures: a year, a month and a day, in the order of either custom.
+  return years == 1 && figures == 2 &&
+         (isDay(numbers[1], numbers[0], year) || isDay(numbers[0], numbers[1], year));
 }
 
 }  // namespace QuillFormatAPA

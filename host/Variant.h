@@ -52,13 +52,20 @@ class QFA_API Variant {
   static Variant missing() noexcept { return Variant(Kind::Missing); }
   static Variant nothing() noexcept { return Variant(ObjectRef()); }
   // A string argument that refers to text the caller keeps alive for the
-  // duration of a call. A copy of the Variant owns its text; a move passes the
-  // loan on, so whoever keeps an argument beyond the call keeps a copy.
+  // duration of a call. A copy or a move of the Variant owns its text, so
+  // whatever keeps an argument beyond the call keeps its own.
   static Variant borrow(std::string_view text) noexcept {
     Variant v(Kind::Borrowed);
     v.u_.lent.data = text.data();
     v.u_.lent.size = text.size();
     return v;
+  }
+  // Whether following this slot's references reaches `other`.
+  bool reaches(const Variant& other) const noexcept {
+    for (const Variant* v = this;; v = v->u_.ref) {
+      if (v == &other) return true;
+      if (v->kind_ != Kind::ByRef) return false;
+    }
   }
   // A by-reference slot: reads and writes go to `target`.
   static Variant byRef(Variant& target) noexcept {
@@ -73,7 +80,7 @@ class QFA_API Variant {
     else
       copyFrom(o);
   }
-  Variant(Variant&& o) noexcept {
+  Variant(Variant&& o) {
     if (o.kind_ < Kind::Borrowed)
       copyScalar(o);
     else
@@ -86,7 +93,7 @@ class QFA_API Variant {
     }
     return *this;
   }
-  Variant& operator=(Variant&& o) noexcept {
+  Variant& operator=(Variant&& o) {
     if (this != &o) {
       reset();
       if (o.kind_ < Kind::Borrowed)
@@ -185,7 +192,7 @@ class QFA_API Variant {
     u_.raw = o.u_.raw;
   }
   void copyFrom(const Variant& o);
-  void moveFrom(Variant& o) noexcept;
+  void moveFrom(Variant& o);
   void reset() noexcept {
     if (kind_ >= Kind::String) release();
     kind_ = Kind::Empty;

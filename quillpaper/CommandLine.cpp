@@ -80,7 +80,14 @@ std::vector<std::string> CommandLine::positional() {
   return out;
 }
 
-DiagnosticsService::Options CommandLine::diagnostics() {
+int CommandLine::edition() {
+  const std::optional<std::string> e = option("edition");
+  if (!e || *e == "7") return 7;
+  if (*e == "6") return 6;
+  throw UsageError("--edition must be 6 or 7, not '" + *e + "'");
+}
+
+DiagnosticsService::Options CommandLine::diagnostics(const std::vector<std::filesystem::path>& inputs) {
   DiagnosticsService::Options o;
   if (const auto policy = option("on-error")) {
     if (*policy == "exit") o.policy = ErrorPolicy::Exit;
@@ -89,7 +96,13 @@ DiagnosticsService::Options CommandLine::diagnostics() {
     else if (*policy == "ask") o.policy = ErrorPolicy::Ask;
     else throw UsageError("--on-error must be exit, ignore, retry or ask, not '" + *policy + "'");
   }
-  if (const auto trace = option("trace")) o.traceFile = *trace;
+  if (const auto trace = option("trace")) {
+    o.traceFile = *trace;
+    std::error_code ec;
+    for (const std::filesystem::path& input : inputs)
+      if (std::filesystem::equivalent(o.traceFile, input, ec))
+        throw UsageError("--trace=" + *trace + " is " + input.string() + ", which is being read: the trace would overwrite it");
+  }
   if (const auto dumps = option("dump-dir")) o.dumpFolder = *dumps;
   return o;
 }

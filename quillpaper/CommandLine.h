@@ -27,9 +27,13 @@ class CommandLine {
   std::optional<std::string> option(const std::string& name);
   std::vector<std::string> options(const std::string& name);  // repeatable
   int integer(const std::string& name, int fallback, int min, int max);
+  // --edition=6|7: the APA edition asked for; 7, the current one, by default.
+  int edition();
   std::vector<std::string> positional();
   // The diagnostics options every command has.
-  DiagnosticsService::Options diagnostics();
+  // The diagnostics options; a trace that would overwrite one of `inputs`
+  // (the reference list being read) is refused.
+  DiagnosticsService::Options diagnostics(const std::vector<std::filesystem::path>& inputs = {});
   // Raises UsageError for any option no one took.
   void finish();
 

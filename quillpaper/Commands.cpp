@@ -55,7 +55,7 @@ int formCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
     return 1;
   }
   out << (json ? form.json() : form.text());
-  return 0;
+  return session.finish(err);
 }
 
 int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {

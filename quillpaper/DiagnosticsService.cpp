@@ -1,5 +1,9 @@
 #include "quillpaper/DiagnosticsService.h"
 
+#include <cerrno>
+#include <cstring>
+#include <stdexcept>
+
 #include <unistd.h>
 
 #include <chrono>
@@ -55,7 +59,17 @@ const MemberTable& DiagnosticsService::members() {
 
 DiagnosticsService::DiagnosticsService(Options options) : options_(std::move(options)) {
   if (options_.dumpFolder.empty()) options_.dumpFolder = defaultDumpFolder();
-  if (!options_.traceFile.empty()) trace_.open(options_.traceFile, std::ios::out | std::ios::trunc);
+  if (options_.traceFile.empty()) return;
+  trace_.open(options_.traceFile, std::ios::out | std::ios::trunc);
+  if (!trace_)
+    throw std::runtime_error("cannot write the trace to " + options_.traceFile.string() + ": " + std::strerror(errno));
+}
+
+std::string DiagnosticsService::traceProblem() {
+  if (options_.traceFile.empty()) return {};
+  trace_.flush();
+  if (trace_) return {};
+  return "the trace could not be written to " + options_.traceFile.string() + " (is the disk full?)";
 }
 
 DiagnosticsService::~DiagnosticsService() = default;
@@ -126,8 +140,18 @@ void DiagnosticsService::vbwBeforeDump(const std::string& project, const std::st
 void DiagnosticsService::vbwOpenDumpFile() {
   std::error_code ec;
   std::filesystem::create_directories(options_.dumpFolder, ec);
+  dump_.clear();
   dump_.open(errors_.back().dumpFile, std::ios::out | std::ios::trunc | std::ios::binary);
+  if (!dump_) dumpFailed(std::strerror(errno));
   dump_ << pendingHeader_;
+}
+
+// A dump that could not be written is not pointed to.
+void DiagnosticsService::dumpFailed(const std::string& reason) {
+  ReportedError& e = errors_.back();
+  if (e.dumpFile.empty()) return;
+  e.dumpProblem = "no dump: cannot write " + e.dumpFile + ": " + reason;
+  e.dumpFile.clear();
 }
 
 void DiagnosticsService::vbwReportToFile(std::string& text) { dump_ << text; }
@@ -152,7 +176,11 @@ void DiagnosticsService::vbwReportObject(const std::string& name, const ObjectRe
   }
 }
 
-void DiagnosticsService::vbwCloseDumpFile() { dump_.close(); }
+void DiagnosticsService::vbwCloseDumpFile() {
+  dump_.flush();
+  if (!dump_ && !errors_.empty()) dumpFailed("the disk may be full");
+  dump_.close();
+}
 
 int32_t DiagnosticsService::vbwAfterDump() {
   switch (options_.policy) {
@@ -168,7 +196,7 @@ int32_t DiagnosticsService::ask() const {
   if (!::isatty(STDIN_FILENO)) return kExit;
   const ReportedError& e = errors_.back();
   std::cerr << "quillpaper: error " << e.number << " (" << e.description << ") in " << e.where
-            << "\n  dump: " << e.dumpFile << "\n  [r]etry, [i]gnore and go on, [e]xit the procedure, [a]bort? ";
+            << "\n  " << (e.dumpFile.empty() ? e.dumpProblem : "dump: " + e.dumpFile) << "\n  [r]etry, [i]gnore and go on, [e]xit the procedure, [a]bort? ";
   std::string answer;
   if (!std::getline(std::cin, answer) || answer.empty()) return kExit;
   switch (answer[0]) {
@@ -187,10 +215,13 @@ const MemberTable& BridgeToVB::members() {
   return table;
 }
 
-ServiceRegistration::ServiceRegistration(const ObjectRef& service) {
-  RunningObjects::registerObject("QuillPaperDot.BridgeToVB", make<BridgeToVB>(service));
+ServiceRegistration::ServiceRegistration(const ObjectRef& service)
+    : bridge_(make<BridgeToVB>(service)), replaced_(RunningObjects::lookup("QuillPaperDot.BridgeToVB")) {
+  RunningObjects::registerObject("QuillPaperDot.BridgeToVB", bridge_);
 }
 
-ServiceRegistration::~ServiceRegistration() { RunningObjects::revoke("QuillPaperDot.BridgeToVB"); }
+ServiceRegistration::~ServiceRegistration() {
+  RunningObjects::replaceIf("QuillPaperDot.BridgeToVB", bridge_.get(), replaced_);
+}
 
 }  // namespace quillpaper

@@ -26,7 +26,8 @@ struct ReportedError {
   std::string where;  // "DocumentBuilder.AddTitlePage"
   int32_t number = 0;
   std::string description;
-  std::string dumpFile;
+  std::string dumpFile;     // empty when the dump could not be written
+  std::string dumpProblem;  // then why
 };
 
 // The template's diagnostics service: keeps the library's call stack, writes
@@ -47,6 +48,8 @@ class DiagnosticsService : public Dispatchable<DiagnosticsService> {
   // Whether the policy makes an error fail the command (exit, retry, ask) or
   // lets it go on with what was made (ignore).
   bool policyStopsOutput() const { return options_.policy != ErrorPolicy::Ignore; }
+  // Why the trace asked for could not be written, or nothing.
+  std::string traceProblem();
   // The default dump folder: $XDG_STATE_HOME/quillpaper (or ~/.local/state/quillpaper).
   static std::filesystem::path defaultDumpFolder();
 
@@ -69,6 +72,7 @@ class DiagnosticsService : public Dispatchable<DiagnosticsService> {
 
  private:
   int32_t ask() const;
+  void dumpFailed(const std::string& reason);
 
   Options options_;
   std::ofstream trace_;
@@ -91,13 +95,19 @@ class BridgeToVB : public Dispatchable<BridgeToVB> {
   ObjectRef service_;
 };
 
-// Registers the bridge for the life of the object, and revokes it after.
+// Registers the bridge for the life of the object. After, only its own
+// registration is undone, and the one it replaced comes back: sessions may
+// nest, and a later one's bridge stays.
 class ServiceRegistration {
  public:
   explicit ServiceRegistration(const ObjectRef& service);
   ~ServiceRegistration();
   ServiceRegistration(const ServiceRegistration&) = delete;
   ServiceRegistration& operator=(const ServiceRegistration&) = delete;
+
+ private:
+  ObjectRef bridge_;
+  ObjectRef replaced_;
 };
 
 }  // namespace quillpaper

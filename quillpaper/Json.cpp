@@ -2,11 +2,16 @@
 
 #include <cstdio>
 
+#include "strings/StringUtility.h"
+
 namespace quillpaper {
 
-std::string JsonWriter::quote(std::string_view s) {
-  std::string out = "\"";
-  for (unsigned char c : s) {
+std::string JsonWriter::escape(std::string_view s) {
+  std::string out;
+  out.reserve(s.size());
+  for (size_t i = 0; i < s.size();) {
+    const size_t start = i;
+    const char32_t c = QuillStrings::utf8::next(s, i);
     switch (c) {
       case '"': out += "\\\""; break;
       case '\\': out += "\\\\"; break;
@@ -14,17 +19,21 @@ std::string JsonWriter::quote(std::string_view s) {
       case '\r': out += "\\r"; break;
       case '\t': out += "\\t"; break;
       default:
-        if (c < 0x20) {
+        if (c & QuillStrings::utf8::kRawByte) {
+          out += "\\ufffd";  // a byte that is no UTF-8: JSON text must be
+        } else if (c < 0x20) {
           char buf[8];
-          std::snprintf(buf, sizeof buf, "\\u%04x", c);
+          std::snprintf(buf, sizeof buf, "\\u%04x", static_cast<unsigned>(c));
           out += buf;
         } else {
-          out += static_cast<char>(c);
+          out.append(s, start, i - start);
         }
     }
   }
-  return out + "\"";
+  return out;
 }
+
+std::string JsonWriter::quote(std::string_view s) { return "\"" + escape(s) + "\""; }
 
 void JsonWriter::separate() {
   if (afterKey_) {

@@ -7,7 +7,7 @@
 namespace quillpaper {
 
 // A small streaming JSON writer: compact output, UTF-8 passed through,
-// control characters escaped.
+// control characters escaped, bytes that are not UTF-8 written as U+FFFD.
 class JsonWriter {
  public:
   JsonWriter& beginObject();
@@ -24,6 +24,8 @@ class JsonWriter {
   const std::string& str() const { return out_; }
 
   static std::string quote(std::string_view s);
+  // The text of a JSON string without its quotation marks.
+  static std::string escape(std::string_view s);
 
  private:
   void separate();

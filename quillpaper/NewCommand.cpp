@@ -5,6 +5,7 @@
 #include "quillpaper/CommandLine.h"
 #include "quillpaper/Commands.h"
 #include "quillpaper/Paper.h"
+#include "quillpaper/references/ReferenceInput.h"
 #include "quillpaper/StartupForm.h"
 #include "quillpaper/StatisticsTables.h"
 
@@ -87,16 +88,22 @@ int newCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
   const std::vector<std::string> rest = cl.positional();
   if (rest.size() > 1) throw UsageError("one output file at most, not '" + rest[1] + "'");
   const std::filesystem::path output = rest.empty() ? "paper.docx" : rest.front();
-  Session session(cl.diagnostics());
+  std::vector<std::filesystem::path> inputs{output};
+  if (const auto refs = cl.option("refs")) inputs.emplace_back(*refs);
+  Session session(cl.diagnostics(inputs));
   const StartupForm form = StartupForm::load(session.main2());
   request.parts = chooseParts(cl, form, request.paperType);
   const std::vector<std::string> tables = cl.options("table");
   if (const auto refs = cl.option("refs")) {
-    std::ifstream in(*refs, std::ios::binary);
-    if (!in) throw UsageError("cannot read the reference list " + *refs);
-    std::string line;
-    for (int n = 1; std::getline(in, line); ++n)
-      if (line.find_first_not_of(" \t\r") != std::string::npos) request.references.emplace_back(n, line);
+    const std::unique_ptr<std::istream> in = openReferenceList(*refs);
+    ReferenceReader reader(*in);
+    ReferenceLine line;
+    while (reader.next(line)) {
+      if (line.longLine)
+        throw std::runtime_error("line " + std::to_string(line.number) + " of " + *refs + " is longer than " +
+                                 std::to_string(kLongestEntry) + " bytes: no reference is");
+      request.references.emplace_back(line.number, std::move(line.text));
+    }
   }
   cl.finish();
   if (!tables.empty()) {
@@ -120,7 +127,7 @@ int newCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
   if (const std::string problem = session.errorSummary(); !problem.empty())
     err << "quillpaper new: warning: " << problem << "\n";
   out << "wrote " << output.string() << "\n";
-  return 0;
+  return session.finish(err);
 }
 
 }  // namespace quillpaper

@@ -4,8 +4,8 @@
 #include "quillpaper/ChapterInstructions.h"
 #include "quillpaper/SettingsDictionary.h"
 #include "quillpaper/StartupForm.h"
-#include "quillpaper/ReferenceList.h"
-#include "quillpaper/ReferencePipeline.h"
+#include "quillpaper/references/ReferenceList.h"
+#include "quillpaper/references/ReferencePipeline.h"
 #include "quillpaper/StatisticsTables.h"
 #include "quillpaper/docx/DocxWriter.h"
 

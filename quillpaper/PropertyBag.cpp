@@ -18,11 +18,17 @@ DispId PropertyBag::idOfName(std::string_view name) const noexcept {
     const DispId id = table->idOfName(name);
     if (id != kUnknownDispId) return id;
   }
-  const std::string k = key(name);
-  auto it = std::find(names_.begin(), names_.end(), k);
-  if (it != names_.end()) return base + static_cast<DispId>(it - names_.begin());
-  names_.push_back(k);
-  return base + static_cast<DispId>(names_.size() - 1);
+  try {
+    const std::string k = key(name);
+    auto it = std::find(names_.begin(), names_.end(), k);
+    if (it != names_.end()) return base + static_cast<DispId>(it - names_.begin());
+    // A bag with a fixed set of members answers a name it lacks as any object does.
+    if (!knows(k)) return kUnknownDispId;
+    names_.push_back(k);
+    return base + static_cast<DispId>(names_.size() - 1);
+  } catch (...) {
+    return kUnknownDispId;
+  }
 }
 
 Status PropertyBag::invoke(DispId id, CallKind kind, Args& args, Variant& result) noexcept {
@@ -54,6 +60,7 @@ Status PropertyBag::invoke(DispId id, CallKind kind, Args& args, Variant& result
   }
 }
 
+bool PropertyBag::knows(const std::string&) const { return true; }
 bool PropertyBag::readComputed(const std::string&, Variant&) const { return false; }
 bool PropertyBag::call(const std::string&, Args&, Variant&) { return false; }
 bool PropertyBag::writeComputed(const std::string&, const Variant&) { return false; }

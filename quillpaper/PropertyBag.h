@@ -27,6 +27,10 @@ class PropertyBag : public Object {
   const std::map<std::string, Variant>& properties() const { return values_; }
 
  protected:
+  // Whether the bag has a member of this name (lower case): every name, for a
+  // bag that takes whatever is written to it; a fixed set for an object whose
+  // members are known, so that a misspelt one is an unknown member (438).
+  virtual bool knows(const std::string& name) const;
   // The members that do something; ids below the table's size go to them.
   virtual const MemberTable* methods() const noexcept { return nullptr; }
   // A read the subclass answers itself (a computed property); false to read the bag.

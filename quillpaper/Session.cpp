@@ -26,8 +26,16 @@ std::string Session::errorSummary() const {
   const ReportedError& first = errors.front();
   std::string text = "the formatting library reported " + std::to_string(errors.size()) +
                      (errors.size() == 1 ? " error" : " errors") + ", the first in " + first.where + ": " +
-                     first.description + " (" + std::to_string(first.number) + "); details in " + first.dumpFile;
+                     first.description + " (" + std::to_string(first.number) + "); " +
+                     (first.dumpFile.empty() ? first.dumpProblem : "details in " + first.dumpFile);
   return text;
+}
+
+int Session::finish(std::ostream& err) const {
+  const std::string problem = service_->traceProblem();
+  if (problem.empty()) return 0;
+  err << "quillpaper: " << problem << "\n";
+  return 1;
 }
 
 }  // namespace quillpaper

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <ostream>
 #include <string>
 
 #include "host/Object.h"
@@ -22,6 +23,9 @@ class Session {
   DiagnosticsService& service() const { return *service_; }
   // A sentence for the user when the library reported errors, else empty.
   std::string errorSummary() const;
+  // A command's last word: 0, or 1 after saying on `err` that the trace asked
+  // for could not be written.
+  int finish(std::ostream& err) const;
 
  private:
   QuillFormatAPA::Ref<DiagnosticsService> service_;

@@ -45,8 +45,8 @@ StartupForm StartupForm::load(const ObjectRef& main2) {
              byRef(postgradDefaults), byRef(paperType));
   auto contains = [](const Array& list, int value) {
     if (list.dimensions() != 1) return false;
-    for (int32_t i = list.lowerBound(); i <= list.upperBound(); ++i)
-      if (list.get(i).toInteger() == value) return true;
+    for (const Variant& element : list.elements())
+      if (element.toInteger() == value) return true;
     return false;
   };
   StartupForm form;

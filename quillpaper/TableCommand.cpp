@@ -70,7 +70,7 @@ int tableCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
   options.format = PaperFormat::fromSettings(*settings, false);
   docx::writePaper(docx::Layout::of(document, [](int) { return true; }), options, output);
   out << "wrote " << output.string() << "\n";
-  return 0;
+  return session.finish(err);
 }
 
 }  // namespace quillpaper

@@ -9,15 +9,22 @@
 
 #include "host/AutomationError.h"
 #include "quillpaper/Commands.h"
+#include "quillpaper/OutputFile.h"
 
 int main(int argc, char** argv) {
   std::vector<std::string> args(argv + 1, argv + argc);
+  int status = 1;
   try {
-    return quillpaper::run(args, std::cout, std::cerr);
+    status = quillpaper::run(args, std::cout, std::cerr);
   } catch (const QuillFormatAPA::AutomationError& e) {
     std::cerr << "quillpaper: " << e.what() << "\n";
   } catch (const std::exception& e) {
     std::cerr << "quillpaper: " << e.what() << "\n";
   }
-  return 1;
+  // What standard output did not take is a failure too ("> /dev/full").
+  if (const std::string problem = quillpaper::standardOutputProblem(); !problem.empty()) {
+    std::cerr << "quillpaper: cannot write to standard output: " << problem << "\n";
+    return 1;
+  }
+  return status;
 }

@@ -1,6 +1,5 @@
 #include "references/Esource.h"
 
-#include "formatter/FormatterImplementation.h"
 #include "strings/StringUtility.h"
 
 namespace QuillFormatAPA {
@@ -44,6 +43,31 @@ const references::TemplateRow kRows[] = {
     {4, false, {"", "", ""}},
 };
 
+// The 7th edition, items 0 to 5: author, date, title (in italics for a
+// video), description in brackets, the site (in italics for a blog) and
+// the address alone. Row 0 keeps the personal-communication form.
+const references::TemplateRow kSeventhRows[] = {
+    {0, false,
+     {references::kCheckingCondition, "", ". (", ". ", " [", ". ", ". ", ".", "(", ", personal communication, ", "",
+      "", "", "", ")."}},
+    {1, false, {"", "", "). ", "). [", "). ", "). ", ")."}},
+    {2, true, {"", "", " [", ". ", ". ", "."}},
+    {3, false, {"", "", "]. ", "]. ", "]."}},
+    {4, true, {"", "", ". ", "."}},
+    {5, false, {"", "", ""}},
+};
+
+// What the 7th edition writes in the brackets for each type ("" for none:
+// a blog post is known by its blog).
+std::string_view seventhDescription(std::string_view type) {
+  if (type == "Video blog entry") return "Video";
+  if (type == "Forum post") return "Online forum post";
+  if (type == "Blog comment") return "Comment";
+  if (type == "Blog post") return "";
+  if (type == kMailingList) return "Electronic mailing list message";
+  return "";
+}
+
 }  // namespace
 
 const MemberTable& Esource::members() {
@@ -60,39 +84,30 @@ const MemberTable& Esource::members() {
 
 // ---- the entry contract -----------------------------------------------------------
 
-void Esource::setDataSource(ObjectRef& superClass) {
-  traced(*this, "setDataSource", params(arg("superClass", superClass)),
-         [&](Procedure& proc) { proc.step([&] { super_ = superClass; }); });
+const references::EntryTemplate& Esource::entryTemplate() const {
+  static const references::EntryTemplate sixth{4, {}, kRows};
+  static const references::EntryTemplate seventh{5, {}, kSeventhRows};
+  return edition_ == 7 ? seventh : sixth;
 }
 
-void Esource::getMetaData(ObjectRef& formatterSettings, std::string& productName) {
-  traced(*this, "getMetaData", params(arg("formatterSettings", formatterSettings), arg("productName", productName)),
-         [&](Procedure& proc) {
-           const host::FormatterSettingsRef settings(formatterSettings);
-           proc.step([&] { settings.setAccessDateFormat("yyyy, mmmm d"); });
-           proc.step([&] { settings.setPublishDateFormat("yyyy, mmmm d"); });
-           // Personal communications are cited in the text only.
-           proc.step([&] { settings.setDisableKey(1, "EsourceType=Email to"); });
-           proc.step([&] { settings.setDisableReason(1, "Cite personal communications in text only."); });
-           proc.step([&] { settings.setDisableReference(1, "APA, 6.20"); });
-           proc.step([&] { settings.setEsourceShowsAuthorPopup(false); });
-           proc.step([&] { settings.setEsourceHasTitle(false); });
-           proc.step([&] { settings.setEsourceHasTo(false); });
-           proc.step([&] { settings.setEmailListTitleVisible(true); });
-           proc.step([&] { settings.setSupportsWebtitle(false); });
-           proc.step([&] { settings.setSupportsSocialMedia(false); });
-           proc.step([&] { settings.setSupportsURL(true); });
-           proc.step([&] { settings.setSupportsAccessDate(false); });
-           proc.step([&] { settings.setDegreeSupport(0); });
-           proc.step([&] { settings.setEsourceType(2); });
-           ObjectRef output;
-           proc.step([&] { output = settings.outputTemplate(); });
-           proc.step([&] { references::resetTemplate(host::OutputTemplateRef(output), 4); });
-           for (const auto& row : kRows) proc.step([&] { references::addRow(host::OutputTemplateRef(output), row); });
-           proc.step([&] {
-             FormatterImplementation::InitializeCitationTemplate(settings.citationOutputTemplate(), false, "", false);
-           });
-         });
+void Esource::writeSettings(Procedure& proc, const host::FormatterSettingsRef& settings) {
+  proc.step([&] { settings.setAccessDateFormat("yyyy, mmmm d"); });
+  proc.step([&] { settings.setPublishDateFormat("yyyy, mmmm d"); });
+  // Personal communications are cited in the text only.
+  proc.step([&] { settings.setDisableKey(1, "EsourceType=Email to"); });
+  proc.step([&] { settings.setDisableReason(1, "Cite personal communications in text only."); });
+  proc.step([&] { settings.setDisableReference(1, "APA, 6.20"); });
+  proc.step([&] { settings.setEsourceShowsAuthorPopup(false); });
+  proc.step([&] { settings.setEsourceHasTitle(false); });
+  proc.step([&] { settings.setEsourceHasTo(false); });
+  proc.step([&] { settings.setEmailListTitleVisible(true); });
+  proc.step([&] { settings.setSupportsWebtitle(false); });
+  proc.step([&] { settings.setSupportsSocialMedia(false); });
+  proc.step([&] { settings.setSupportsURL(true); });
+  proc.step([&] { settings.setSupportsAccessDate(false); });
+  proc.step([&] { settings.setDegreeSupport(0); });
+  proc.step([&] { settings.setEsourceType(2); });
+  proc.step([&] { edition_ = settings.edition(); });
 }
 
 void Esource::initChecking(bool& isFootnote, Array& checkingArray) {
@@ -174,6 +189,10 @@ void Esource::toFormattedStringImpl(bool& isFootnote, Array& items, Array& forma
          params(arg("isFootnote", isFootnote), arg("items", items), arg("formattedItems", formattedItems),
                 arg("shortenedVersion", shortenedVersion)),
          [&](Procedure& proc) {
+           if (edition_ == 7) {
+             seventhEditionItems(proc, isFootnote, items, formattedItems);
+             return;
+           }
            const host::DataSourceRef s = source();
            proc.step([&] { items.set(at(items, 0), s.authorStr(isFootnote, false)); });
            proc.step([&] { items.set(at(items, 1), s.text(Field::publishDate)); });
@@ -193,6 +212,24 @@ void Esource::toFormattedStringImpl(bool& isFootnote, Array& items, Array& forma
              }
            });
          });
+}
+
+void Esource::seventhEditionItems(Procedure& proc, bool isFootnote, Array& items, Array& formattedItems) {
+  const host::DataSourceRef s = source();
+  auto formatted = [&](int k) { return host::FormattedTextRef(formattedItems.get(at(formattedItems, k)).toObject()); };
+  std::string type;
+  proc.step([&] { type = s.text(Field::esourceType); });
+  proc.step([&] { items.set(at(items, 0), s.authorStr(isFootnote, false)); });
+  proc.step([&] { items.set(at(items, 1), s.text(Field::publishDate)); });
+  if (type == kEmail) return;  // "(Author, personal communication, date)."
+  const bool video = type == "Video blog entry";
+  proc.step([&] { formatted(2).Add(s.text(Field::title), video ? 1 : 0); });
+  proc.step([&] { items.set(at(items, 3), std::string(seventhDescription(type))); });
+  proc.step([&] {
+    const std::string site = s.text(Field::siteName);
+    if (!site.empty()) formatted(4).Add(site, type == "Blog post" ? 1 : 0);
+  });
+  proc.step([&] { items.set(at(items, 5), s.text(Field::website)); });
 }
 
 std::string Esource::getType() {

@@ -9,15 +9,14 @@ namespace QuillFormatAPA {
 // Electronic sources that are neither periodicals nor books: e-mail (a
 // personal communication, cited in text only), mailing-list messages, web
 // log posts and comments, online forum comments and video files.
-class Esource final : public Dispatchable<Esource>, public Module, private LibraryObject {
+class Esource final : public references::ReferenceEntry<Esource> {
  public:
+  static constexpr std::string_view kClassName = "Esource";
   static const MemberTable& members();
-  std::string_view moduleName() const noexcept override { return "Esource"; }
-  void reportVariables(const VariableReport& r) const override { r.variable("super", super_); }
 
   // ---- the entry contract
-  void setDataSource(ObjectRef& superClass);
-  void getMetaData(ObjectRef& formatterSettings, std::string& productName);
+  const references::EntryTemplate& entryTemplate() const;
+  void writeSettings(Procedure& proc, const host::FormatterSettingsRef& settings);
   void initChecking(bool& isFootnote, Array& checkingArray);
   bool IsFootnoteEntry(const std::string& author, const std::string& title, const std::string& entry);
   std::string FindTitleImpl(const std::string& str, bool& isFootnote, std::string& decoratedStr,
@@ -36,8 +35,10 @@ class Esource final : public Dispatchable<Esource>, public Module, private Libra
   void parseAndRemoveDate(std::string& str);
 
  private:
-  host::DataSourceRef source() const { return host::DataSourceRef(super_); }
-  ObjectRef super_;
+  // The 7th edition's items: author, date, title, description, site, address.
+  void seventhEditionItems(Procedure& proc, bool isFootnote, Array& items, Array& formattedItems);
+  // The APA edition the formatter settings asked for (6 unless they say 7).
+  int16_t edition_ = 6;
 };
 
 }  // namespace QuillFormatAPA

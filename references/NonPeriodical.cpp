@@ -24,7 +24,7 @@ constexpr std::string_view kResetList = "(n.d.).||Afterword.||Foreword.||Introdu
 // 9 description ("(Report No. 4)", "[Data set]", "(Master's thesis)"),
 // 10 volume, 11 pages, 12 publisher, 13 retrieval statement, 14 reprint note.
 const references::TemplateRow kRows[] = {
-    {0, false, {"", "", ". ", ". ", ". (", ". In ", ". ", ". (", ": ", ". (", ". ", ". (", ". (", ". ", ". ", ". ", "."}},
+    {0, true, {"", "", ". ", ". ", ". (", ". In ", ". ", ". (", ": ", ". (", ". ", ". (", ". (", ". ", ". ", ". ", "."}},
     {1, false, {"", "", ". ", ". (", ". In ", ". ", ". (", ": ", ". (", ". ", ". (", ". (", ". ", ". ", ". ", "."}},
     {2, false, {"", "", " (", ". In ", ". In ", ". (", ": ", ". (", ". ", ". (", ". (", ". ", ". ", ". ", "."}},
     {3, false,
@@ -46,35 +46,6 @@ const references::TemplateRow kRows[] = {
 };
 
 bool isAsciiDigit(char c) { return c >= '0' && c <= '9'; }
-bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
-bool isLower(char c) { return c >= 'a' && c <= 'z'; }
-
-// Words after which a full stop does not end a sentence: initials ("U.S.",
-// "C. F."), titles of persons and the abbreviations of publication details.
-bool isAbbreviation(std::string_view word) {
-  if (word.size() == 1 && isUpper(word[0])) return true;
-  static constexpr std::string_view kWords[] = {"Dr", "Mr", "Mrs", "Ms", "St", "No", "Nos", "Vol", "Vols", "Ed",
-                                                "Eds", "Trans", "Jr", "Sr", "vs", "cf", "al", "ca", "pp", "p"};
-  return std::find(std::begin(kWords), std::end(kWords), word) != std::end(kWords);
-}
-
-// Where the sentences of `text` begin after the first, as the shared rule
-// finds them but not after an abbreviation.
-std::vector<size_t> statementStarts(std::string_view text) {
-  std::vector<size_t> starts;
-  for (size_t start : references::sentenceStarts(text)) {
-    size_t stop = start - 1;
-    while (stop > 0 && text[stop - 1] == ' ') --stop;
-    if (stop == 0 || text[stop - 1] != '.') {
-      starts.push_back(start);
-      continue;
-    }
-    size_t word = stop - 1;
-    while (word > 0 && text[word - 1] != ' ' && text[word - 1] != '.' && text[word - 1] != '(') --word;
-    if (!isAbbreviation(text.substr(word, stop - 1 - word))) starts.push_back(start);
-  }
-  return starts;
-}
 
 // The position of the bracket that opens the group closed at `close`, or npos.
 size_t openingOf(std::string_view text, size_t close) {
@@ -101,28 +72,6 @@ size_t containingWorkSplit(std::string_view text) {
     if (depth == 0 && c == '.' && text.substr(i).starts_with(". In ")) return i;
   }
   return std::string_view::npos;
-}
-
-// Whether the text before the date is a title rather than an author list:
-// sentence case (a lower-case word that is not a particle or a function
-// word) and no initials. "Mission, vision & values" is a title; "University
-// of Bergen", "Smith, J. A." and "lang, k. d." are authors.
-bool readsAsTitle(std::string_view before) {
-  static constexpr std::string_view kSmallWords[] = {"a",  "an", "and", "the", "of", "for", "on", "in", "to", "at",
-                                                     "de", "du", "des", "la", "le", "van", "von", "der", "den",
-                                                     "y",  "e",  "und", "et", "da", "di", "del", "ten", "ter"};
-  bool lowerWord = false;
-  for (const std::string& raw : str().split(before, " ", -1)) {
-    std::string word = raw;
-    str().trimLeading(word, "(\"'");
-    str().trimTrailing(word, ".,;:)\"'");
-    if (word.empty() || word == "&") continue;
-    if (word.size() == 1 || (word.size() >= 3 && word[1] == '.' && isUpper(word[0]))) return false;  // initials
-    if (str().beginsWith(word, "Ed") && str().contains(raw, "(")) return false;  // "(Ed.)", "(Eds.)"
-    if (isLower(word[0]) && std::find(std::begin(kSmallWords), std::end(kSmallWords), word) == std::end(kSmallWords))
-      lowerWord = true;
-  }
-  return lowerWord;
 }
 
 // ---- the details that follow a title in parentheses or brackets -------------------
@@ -170,12 +119,7 @@ Detail kindOfGroup(std::string_view group, bool inContainer) {
     if (kindOfPart(str().trimmed(part)) != Part::None) return Detail::Publication;
   if (inContainer) return Detail::None;
   if (std::any_of(inner.begin(), inner.end(), isAsciiDigit)) return Detail::Description;
-  static constexpr std::string_view kWords[] = {"thesis", "dissertation", "report", "publication", "monograph",
-                                                "version", "series", "brochure", "manuscript", "no."};
-  const std::string lower = str().lower(inner);
-  for (std::string_view w : kWords)
-    if (str().contains(lower, w)) return Detail::Description;
-  return Detail::None;
+  return QuillStrings::rules::hasDescriptionWord(inner) ? Detail::Description : Detail::None;
 }
 
 // The groups that describe the work at the end of `title`, in order, with
@@ -193,11 +137,13 @@ TitleGroups trailingGroups(std::string_view title, bool inContainer) {
     if (open == std::string_view::npos || open == 0 ||
         kindOfGroup(title.substr(open, end - open), inContainer) == Detail::None)
       break;
-    t.groups.insert(t.groups.begin(), {open, end - open});
+    t.groups.emplace_back(open, end - open);
     end = open;
     while (end > 0 && title[end - 1] == ' ') --end;
     t.start = end;
   }
+  // Found from the back; kept in the order they stand.
+  std::reverse(t.groups.begin(), t.groups.end());
   return t;
 }
 
@@ -216,14 +162,29 @@ struct WorkText {
   std::string publisher;
 };
 
+// Whether the last statement of a work's text, at `start`, belongs to the
+// title: a subtitle after a question ("Is sleep needed? A new look at
+// rest"), or an e-book's format ("DX Reader version"). A statement naming a
+// place and a publisher never does.
+bool continuesTitle(std::string_view body, size_t start) {
+  const std::string_view last = body.substr(start);
+  if (str().contains(last, ": ") || str().contains(last, ", ")) return false;
+  size_t stop = start;
+  while (stop > 0 && body[stop - 1] == ' ') --stop;
+  const bool afterQuestion = stop > 0 && (body[stop - 1] == '?' || body[stop - 1] == '!');
+  std::string format(last);
+  str().trimTrailing(format, ".", true);
+  return afterQuestion || str().endsWith(format, " version");
+}
+
 WorkText splitWork(std::string_view text, bool titleInText) {
   WorkText w;
   std::string body = str().trimmed(text);
   if (!titleInText) {
     w.publisher = body;
   } else {
-    const std::vector<size_t> starts = statementStarts(body);
-    if (starts.empty()) {
+    const std::vector<size_t> starts = references::statementStarts(body);
+    if (starts.empty() || continuesTitle(body, starts.back())) {
       w.title = body;
     } else {
       w.title = body.substr(0, starts.back());
@@ -252,13 +213,23 @@ bool isRange(std::string_view pages) {
   return str().contains(pages, "-") || str().contains(pages, "\u2013") || str().contains(pages, ",");
 }
 
-// A last part that names a place: a state or country code ("OH", "USA") or
-// an abbreviated state ("Mass.").
-bool looksLikePlace(std::string_view part) {
-  std::string p = str().trimmed(part);
-  str().stripTrailing(p, ".");
-  if (p.size() >= 2 && p.size() <= 3 && std::all_of(p.begin(), p.end(), isUpper)) return true;
-  return p == "Mass" || p == "Calif" || p == "Ill" || p == "Conn" || p == "Penn" || p == "England" || p == "UK";
+// Where the place begins in "Publisher, City, Region": the regions at the
+// end ("CA, USA", "Finland", "Mass.") and the city before them. npos when
+// the statement ends in no region.
+size_t placeStart(const std::vector<std::string>& parts) {
+  size_t k = parts.size();
+  while (k > 0 && QuillStrings::rules::isRegionName(parts[k - 1])) --k;
+  if (k == parts.size()) return std::string::npos;
+  // The city: a name with no group's word ("Stanford", not "Stanford University").
+  if (k > 0) {
+    bool group = false;
+    for (std::string word : str().split(str().trimmed(parts[k - 1]), " ", -1)) {
+      str().trimTrailing(word, ".,");
+      group = group || QuillStrings::rules::isGroupWord(word) || word == "of";
+    }
+    if (!group) --k;
+  }
+  return k;
 }
 
 }  // namespace
@@ -267,16 +238,10 @@ NonPeriodical::NonPeriodical()
     : editionKeyWords_(stringArray(str().toStringArray("enl.", "rev.", "ed."))),
       mBracketTemplate_(stringArray(str().toStringArray("(", "", ")"))) {}
 
-const MemberTable& NonPeriodical::members() {
-  static const MemberTable& table =
-      references::contractMembers<NonPeriodical>("NonPeriodical")
-          .build();
-  return table;
-}
-
 void NonPeriodical::reportVariables(const VariableReport& r) const {
-  r.variable("super", super_);
+  ReferenceEntry::reportVariables(r);
   r.variable("editionKeyWords", editionKeyWords_);
+  r.variable("edition", edition_);
   r.variable("mBracketTemplate", mBracketTemplate_);
   r.variable("mustBeABook", mustBeABook_);
   r.variable("gotEditionAlready", gotEditionAlready_);
@@ -286,24 +251,14 @@ void NonPeriodical::reportVariables(const VariableReport& r) const {
 
 // ---- the entry contract -----------------------------------------------------------
 
-void NonPeriodical::setDataSource(ObjectRef& superClass) {
-  traced(*this, "setDataSource", params(arg("superClass", superClass)),
-         [&](Procedure& proc) { proc.step([&] { super_ = superClass; }); });
+const references::EntryTemplate& NonPeriodical::entryTemplate() {
+  static const references::EntryTemplate t{14, kResetList, kRows};
+  return t;
 }
 
-void NonPeriodical::getMetaData(ObjectRef& formatterSettings, std::string& productName) {
-  traced(*this, "getMetaData", params(arg("formatterSettings", formatterSettings), arg("productName", productName)),
-         [&](Procedure& proc) {
-           const host::FormatterSettingsRef settings(formatterSettings);
-           proc.step([&] { settings.setAccessDateFormat("yyyy, mmmm d"); });
-           ObjectRef output;
-           proc.step([&] { output = settings.outputTemplate(); });
-           proc.step([&] { references::resetTemplate(host::OutputTemplateRef(output), 14, kResetList); });
-           for (const auto& row : kRows) proc.step([&] { references::addRow(host::OutputTemplateRef(output), row); });
-           proc.step([&] {
-             FormatterImplementation::InitializeCitationTemplate(settings.citationOutputTemplate(), false, "", false);
-           });
-         });
+void NonPeriodical::writeSettings(Procedure& proc, const host::FormatterSettingsRef& settings) {
+  proc.step([&] { settings.setAccessDateFormat("yyyy, mmmm d"); });
+  proc.step([&] { edition_ = settings.edition(); });
 }
 
 // A footnote cites a book as "Author, Title (Place: Publisher, Year), p. 12."
@@ -368,7 +323,7 @@ std::string NonPeriodical::FindTitleImpl(const std::string& str_, bool& isFootno
                       str().stripLeading(after, ".");
                     }
                     after = str().trimmed(after);
-                    titleFirst = !before.empty() && readsAsTitle(before);
+                    titleFirst = !before.empty() && references::readsAsTitle(before);
                   });
                   proc.step([&] {
                     if (titleFirst) {
@@ -508,11 +463,12 @@ void NonPeriodical::toFormattedStringImpl(bool& isFootnote, Array& items, Array&
            proc.step([&] { work = s.text(Field::subwork); });
            proc.step([&] { chapter = !work.empty(); });
            // With no author the title moves to the front: a book's in italics,
-           // a chapter's or an entry's in plain text.
+           // a chapter's or an entry's in plain text. Item 0 is a formatted
+           // item for that reason, whatever stands in it.
            if (!authors.empty()) {
-             proc.step([&] { items.set(at(items, 0), authors); });
+             proc.step([&] { formatted(0).Add(authors, 0); });
            } else if (chapter) {
-             proc.step([&] { items.set(at(items, 0), title); });
+             proc.step([&] { formatted(0).Add(title, 0); });
            } else {
              proc.step([&] { formatted(0).Add(title, 1); });
            }
@@ -537,6 +493,9 @@ void NonPeriodical::toFormattedStringImpl(bool& isFootnote, Array& items, Array&
            proc.step([&] { items.set(at(items, 10), getVolumeString()); });
            proc.step([&] { items.set(at(items, 11), getPageString()); });
            proc.step([&] { items.set(at(items, 12), getPublisherString()); });
+           // The 7th edition names a thesis's institution in its bracket:
+           // "[Doctoral dissertation, University of Toronto]".
+           if (edition_ == 7) proc.step([&] { thesisInBrackets(items); });
            proc.step([&] { items.set(at(items, 13), s.text(Field::website)); });
            proc.step([&] {
              const std::string reprint = s.text(Field::reprint);
@@ -647,6 +606,13 @@ void NonPeriodical::parseAndRemovePublicationMedium(std::string& str_) {
       // After the date: "[ca. 1937]" in its place is a date, not a medium.
       const size_t date = references::dateGroup(str_);
       if (open == std::string::npos || date == std::string::npos || open < date) return;
+      // A bracket right after the date is the title of a work that has none
+      // of its own ("[Review of the book …]"), not its medium.
+      size_t afterDate = str_.find(')', date);
+      while (afterDate != std::string::npos && afterDate + 1 < str_.size() &&
+             (str_[afterDate + 1] == '.' || str_[afterDate + 1] == ' '))
+        ++afterDate;
+      if (afterDate != std::string::npos && afterDate + 1 == open) return;
       // Only where the bracket closes its sentence.
       const std::string_view rest = std::string_view(str_).substr(close + 1);
       if (!rest.empty() && !rest.starts_with(".") && !rest.starts_with(" ")) return;
@@ -885,7 +851,7 @@ void NonPeriodical::parseAndRemoveMultiPartWork(std::string& str_) {
       std::string volumeTitle;
       if (str().stripLeading(rest, ". ") || str().stripLeading(rest, ": ")) {
         size_t stop = rest.find(" (");
-        const std::vector<size_t> starts = statementStarts(rest);
+        const std::vector<size_t> starts = references::statementStarts(rest);
         if (!starts.empty()) stop = std::min(stop, starts.front() - 2);
         if (stop == std::string::npos) stop = rest.size();
         volumeTitle = str().trimmed(rest.substr(0, stop));
@@ -934,10 +900,10 @@ void NonPeriodical::parseAndRemovePublisher(std::string& str_) {
         return;
       }
       const std::vector<std::string> commas = str().split(statement, ", ", -1);
-      if (commas.size() >= 3 && looksLikePlace(commas.back())) {
-        publisher = commas[0];
-        place = str().join(std::vector<std::string>(commas.begin() + 1, commas.end()), ", ");
-        placeAfterPublisher_ = true;
+      if (const size_t at = placeStart(commas); at != std::string::npos && commas.size() >= 2) {
+        publisher = str().join(std::vector<std::string>(commas.begin(), commas.begin() + static_cast<long>(at)), ", ");
+        place = str().join(std::vector<std::string>(commas.begin() + static_cast<long>(at), commas.end()), ", ");
+        placeAfterPublisher_ = !publisher.empty();
         return;
       }
       publisher = statement;
@@ -968,8 +934,9 @@ bool NonPeriodical::parsedPrematter(const Array& words, std::string& str_) {
   return traced(*this, "parsedPrematter", params(arg("words", words), arg("str", str_)), [&](Procedure& proc) {
     return proc.step([&] {
       // The first of the list is the missing date, not front matter.
-      for (int32_t k = words.lowerBound() + 1; k <= words.upperBound(); ++k) {
-        std::string word = words.get(k).toString();
+      const std::span<const Variant> all = words.elements();
+      for (const Variant& element : all.subspan(std::min<size_t>(1, all.size()))) {
+        std::string word = element.toString();
         str().stripTrailing(word, ".");
         if (str_ == word) return true;
       }
@@ -1023,6 +990,8 @@ std::string NonPeriodical::getPublisherString() {
     proc.step([&] { place = source().text(Field::place); });
     proc.step([&] { publisher = source().text(Field::publisher); });
     if (place.empty() || publisher.empty()) return place + publisher;
+    // The 7th edition names the publisher alone; a meeting keeps its place.
+    if (edition_ == 7 && !QuillStrings::rules::isPresentation(publisher)) return publisher;
     return placeAfterPublisher_ ? publisher + ", " + place : place + ": " + publisher;
   });
 }
@@ -1074,18 +1043,43 @@ std::string NonPeriodical::getPageString() {
 
 // The description after the title: a book's editor, its groups as typed,
 // then the medium in brackets.
+void NonPeriodical::thesisInBrackets(Array& items) {
+  traced(*this, "thesisInBrackets", params(arg("items", items)), [&](Procedure& proc) {
+    proc.step([&] {
+      std::string description = items.get(at(items, 9)).toString();
+      const size_t open = description.find('(');
+      if (open == std::string::npos) return;
+      const size_t close = description.find(')', open);
+      if (close == std::string::npos) return;
+      std::string inner = description.substr(open + 1, close - open - 1);
+      const std::string lower = str().lower(inner);
+      if (!str().contains(lower, "thesis") && !str().contains(lower, "dissertation")) return;
+      const std::string publisher = items.get(at(items, 12)).toString();
+      if (!str().contains(inner, ",") && !publisher.empty()) {
+        inner += ", " + publisher;
+        items.set(at(items, 12), "");
+      }
+      description.replace(open, close - open + 1, "[" + inner + "]");
+      items.set(at(items, 9), description);
+    });
+  });
+}
+
 std::string NonPeriodical::getMediumString() {
   return traced(*this, "getMediumString", [&](Procedure& proc) {
     std::string text, medium, names;
     proc.step([&] {
       if (source().text(Field::subwork).empty()) names = source().text(Field::editorStr);
     });
-    if (!names.empty()) text = "(" + names + ", " + source().text(Field::CompilerOrEditor) + ")";
+    if (!names.empty()) proc.step([&] { text = "(" + names + ", " + source().text(Field::CompilerOrEditor) + ")"; });
     proc.step([&] {
       const std::string details = source().text(Field::publicationMediumDetails);
       if (!details.empty()) text += (text.empty() ? "" : " ") + details;
     });
     proc.step([&] { medium = source().text(Field::Medium); });
+    // The 7th edition calls a motion picture a film, and names no e-book format.
+    if (edition_ == 7 && medium == "Motion picture") medium = "Film";
+    if (edition_ == 7 && str().contains(medium, "version")) medium.clear();
     if (!medium.empty()) text += (text.empty() ? "[" : " [") + medium + "]";
     return text;
   });

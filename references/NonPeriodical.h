@@ -22,16 +22,15 @@ namespace QuillFormatAPA {
 // publication details); without "In" the front part is the whole entry.
 // Each parse step takes its part off the front or the back of the text it
 // is given; the title is what remains between them.
-class NonPeriodical final : public Dispatchable<NonPeriodical>, public Module, private LibraryObject {
+class NonPeriodical final : public references::ReferenceEntry<NonPeriodical> {
  public:
+  static constexpr std::string_view kClassName = "NonPeriodical";
   NonPeriodical();
-  static const MemberTable& members();
-  std::string_view moduleName() const noexcept override { return "NonPeriodical"; }
   void reportVariables(const VariableReport& r) const override;
 
   // ---- the entry contract (no initChecking: no row is marked for checking)
-  void setDataSource(ObjectRef& superClass);
-  void getMetaData(ObjectRef& formatterSettings, std::string& productName);
+  static const references::EntryTemplate& entryTemplate();
+  void writeSettings(Procedure& proc, const host::FormatterSettingsRef& settings);
   bool IsFootnoteEntry(const std::string& author, const std::string& title, const std::string& entry);
   std::string FindTitleImpl(const std::string& str, bool& isFootnote, std::string& decoratedStr,
                             std::string& subTitle);
@@ -70,11 +69,10 @@ class NonPeriodical final : public Dispatchable<NonPeriodical>, public Module, p
   std::string getVolumeString();
   std::string getPageString();
   std::string getMediumString();
+  // The 7th edition's "[Doctoral dissertation, Institution]" in item 9.
+  void thesisInBrackets(Array& items);
 
  private:
-  host::DataSourceRef source() const { return host::DataSourceRef(super_); }
-
-  ObjectRef super_;
   Array editionKeyWords_;
   Array mBracketTemplate_;
   bool mustBeABook_ = false;
@@ -83,6 +81,8 @@ class NonPeriodical final : public Dispatchable<NonPeriodical>, public Module, p
   bool hasTextBeforeTitle_ = false;
   // "Publisher, City, ST" as some entries write it: the builder keeps that order.
   bool placeAfterPublisher_ = false;
+  // The APA edition the formatter settings asked for (6 unless they say 7).
+  int16_t edition_ = 6;
 };
 
 }  // namespace QuillFormatAPA

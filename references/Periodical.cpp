@@ -1,5 +1,7 @@
 #include "references/Periodical.h"
 
+#include <algorithm>
+
 #include "formatter/FormatterImplementation.h"
 #include "strings/StringUtility.h"
 
@@ -8,7 +10,7 @@ namespace QuillFormatAPA {
 using host::Field;
 using references::at;
 using references::isOneSentence;
-using references::sentenceStarts;
+using references::statementStarts;
 
 namespace {
 
@@ -76,34 +78,75 @@ bool isYearNumber(std::string_view s) {
          s.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-// Words that name periodicals rather than publishers.
+// Whether a word of `name` names periodicals rather than publishers.
 bool hasPeriodicalWord(const std::string& name) {
-  static const char* words[] = {"journal", "review", "times", "magazine", "quarterly", "news", "post", "bulletin",
-                                "gazette", "tribune", "herald", "daily", "weekly", "monthly", "annals", "letters",
-                                "transactions", "chronicle", "observer", "guardian", "telegraph", "digest", "psychologist",
-                                "quarterly", "newsletter", "courier", "globe", "register", "sun"};
   const std::string lower = str().lower(name);
   for (const std::string& w : str().split(lower, " ", -1)) {
     std::string word = w;
     str().trimTrailing(word, ".,;:'\"");
-    for (const char* p : words)
-      if (word == p) return true;
+    if (QuillStrings::rules::isPeriodicalWord(word)) return true;
   }
   return false;
+}
+
+// `text` split at its commas outside parentheses and brackets: a date in a
+// title ("(Nov. 8, 1918–June 4, 2015)") stays whole.
+std::vector<std::string> topLevelParts(std::string_view text) {
+  std::vector<std::string> parts;
+  int depth = 0;
+  size_t start = 0;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '(' || text[i] == '[') ++depth;
+    if ((text[i] == ')' || text[i] == ']') && depth > 0) --depth;
+    if (text[i] == ',' && depth == 0) {
+      parts.emplace_back(text.substr(start, i - start));
+      start = i + 1;
+    }
+  }
+  parts.emplace_back(text.substr(start));
+  return parts;
+}
+
+// A name of one to four words, each in capitals, with no digit: "Time",
+// "Lake Forester", "The Atlantic".
+bool isShortName(std::string_view name) {
+  const std::vector<std::string> words = str().split(name, " ", -1);
+  if (words.empty() || words.size() > 4) return false;
+  return std::all_of(words.begin(), words.end(), [](const std::string& w) {
+    return !w.empty() && ((w[0] >= 'A' && w[0] <= 'Z') || w == "of" || w == "the") &&
+           std::none_of(w.begin(), w.end(), [](char c) { return (c >= '0' && c <= '9') || c == '(' || c == '['; });
+  });
+}
+
+// A name with a group's word in capitals: "Korean TeX Society".
+bool isGroupName(std::string_view name) {
+  for (std::string word : str().split(name, " ", -1)) {
+    str().trimTrailing(word, ".,");
+    if (QuillStrings::rules::isGroupWord(word)) return true;
+  }
+  return false;
+}
+
+// Whether a date group names a day: "2001, March 14".
+bool isDatedToTheDay(std::string_view date) {
+  return date.size() > 6 && date.find(", ") == 4 && startsWithDigit(date.substr(date.rfind(' ') + 1));
 }
 
 // Whether `source` (what follows a title) reads as a periodical: a name, then
 // a volume, an issue, a page or an advance online publication; or a name
 // alone that names a periodical ("The Wall Street Journal"), a single sentence
 // that is neither "Place: Publisher" nor a parenthesised or "In ..." part.
+// A magazine or a newspaper, dated to the day (`datedToTheDay`), may be
+// named without such a word ("Time", "Guernica"): a short name in capitals
+// after the title then does.
 // Answers the name.
-std::string periodicalSource(std::string source) {
+std::string periodicalSource(std::string source, bool datedToTheDay) {
   const auto& s = str();
   s.cutAtMarker(source, "Retrieved ", true);
   s.cutAtMarker(source, "doi:", true);
   s.trimTrailing(source, ". ", true);
   if (s.endsWith(source, kAdvanceOnline)) return s.trimmed(s.textLessPhrase(source, kAdvanceOnline, QuillStrings::PhrasePlace::Trailing));
-  const std::vector<std::string> parts = s.split(source, ",", -1);
+  const std::vector<std::string> parts = topLevelParts(source);
   for (size_t k = 1; k < parts.size(); ++k) {
     const std::string part = s.trimmed(parts[k]);
     // A year closing a conference's place is no volume.
@@ -124,40 +167,22 @@ std::string periodicalSource(std::string source) {
   const std::string name = s.trimmed(parts[0]);
   const bool nameAlone = !name.empty() && isOneSentence(source) && !s.contains(source, ":") &&
                          !s.beginsWith(name, "(") && !s.beginsWith(name, "[") && !s.beginsWith(name, "In ") &&
-                         hasPeriodicalWord(name);
+                         (hasPeriodicalWord(name) || (datedToTheDay && isShortName(name)));
   return nameAlone ? name : std::string();
 }
 
 }  // namespace
 
-const MemberTable& Periodical::members() {
-  static const MemberTable& table =
-      references::contractMembers<Periodical>("Periodical")
-          .build();
-  return table;
-}
-
 // ---- the entry contract -----------------------------------------------------------
 
-void Periodical::setDataSource(ObjectRef& superClass) {
-  traced(*this, "setDataSource", params(arg("superClass", superClass)),
-         [&](Procedure& proc) { proc.step([&] { super_ = superClass; }); });
+const references::EntryTemplate& Periodical::entryTemplate() {
+  static const references::EntryTemplate t{7, {}, kRows};
+  return t;
 }
 
-void Periodical::getMetaData(ObjectRef& formatterSettings, std::string& productName) {
-  traced(*this, "getMetaData", params(arg("formatterSettings", formatterSettings), arg("productName", productName)),
-         [&](Procedure& proc) {
-           const host::FormatterSettingsRef settings(formatterSettings);
-           proc.step([&] { settings.setAccessDateFormat(""); });
-           proc.step([&] { settings.setHasPeriodicalPageNumbers(true); });
-           ObjectRef output;
-           proc.step([&] { output = settings.outputTemplate(); });
-           proc.step([&] { references::resetTemplate(host::OutputTemplateRef(output), 7); });
-           for (const auto& row : kRows) proc.step([&] { references::addRow(host::OutputTemplateRef(output), row); });
-           proc.step([&] {
-             FormatterImplementation::InitializeCitationTemplate(settings.citationOutputTemplate(), false, "", false);
-           });
-         });
+void Periodical::writeSettings(Procedure& proc, const host::FormatterSettingsRef& settings) {
+  proc.step([&] { settings.setAccessDateFormat(""); });
+  proc.step([&] { settings.setHasPeriodicalPageNumbers(true); });
 }
 
 void Periodical::initChecking(bool& isFootnote, Array& checkingArray) {
@@ -198,6 +223,9 @@ std::string Periodical::FindTitleImpl(const std::string& str_, bool& isFootnote,
                     // a publisher or the retrieval statement.
                     const size_t date = references::dateGroup(str_);
                     std::string after = str_;
+                    const bool datedToTheDay =
+                        date != std::string::npos &&
+                        isDatedToTheDay(std::string_view(str_).substr(date + 2, str_.find(')', date + 2) - date - 2));
                     if (date != std::string::npos) {
                       before = str().trimmed(str_.substr(0, date));
                       after = str_.substr(str_.find(')', date + 2) + 1);
@@ -206,14 +234,17 @@ std::string Periodical::FindTitleImpl(const std::string& str_, bool& isFootnote,
                     main = str().trimmed(after);
                     str().cutAtMarker(main, "Retrieved ", true);
                     str().cutAtMarker(main, "doi:", true);
-                    std::vector<size_t> starts = sentenceStarts(main);
+                    std::vector<size_t> starts = statementStarts(main);
                     starts.insert(starts.begin(), 0);
                     for (auto it = starts.rbegin(); it != starts.rend(); ++it) {
                       // A periodical's name with its volume, issue and pages is short;
                       // the sentences further back are longer still.
                       if (main.size() - *it > kLongestSource) break;
                       const std::string candidate = main.substr(*it);
-                      const std::string found = periodicalSource(candidate);
+                      // A name alone needs a title before it: after the date, or
+                      // before it in an entry without author.
+                      const std::string found =
+                          periodicalSource(candidate, datedToTheDay && (*it > 0 || references::readsAsTitle(before)));
                       if (!found.empty() && str().beginsWith(candidate, found)) {
                         source = *it;
                         name = found;
@@ -221,6 +252,13 @@ std::string Periodical::FindTitleImpl(const std::string& str_, bool& isFootnote,
                       }
                     }
                   });
+                  // A group's name before the date is its author, and what follows
+                  // the date its title ("Korean TeX Society. (2007). The Asian
+                  // journal of TeX."), not a periodical's name.
+                  if (source == 0 && isGroupName(before)) {
+                    source = std::string::npos;
+                    name.clear();
+                  }
                   const bool titleFirst = !before.empty() && (main.empty() || source == 0);
                   proc.step([&] {
                     if (titleFirst) {

@@ -9,15 +9,13 @@ namespace QuillFormatAPA {
 // Articles in journals, magazines and newspapers: author, date, article
 // title (with an optional bracketed type), periodical name, volume and issue,
 // pages and a retrieval statement.
-class Periodical final : public Dispatchable<Periodical>, public Module, private LibraryObject {
+class Periodical final : public references::ReferenceEntry<Periodical> {
  public:
-  static const MemberTable& members();
-  std::string_view moduleName() const noexcept override { return "Periodical"; }
-  void reportVariables(const VariableReport& r) const override { r.variable("super", super_); }
+  static constexpr std::string_view kClassName = "Periodical";
 
   // ---- the entry contract
-  void setDataSource(ObjectRef& superClass);
-  void getMetaData(ObjectRef& formatterSettings, std::string& productName);
+  static const references::EntryTemplate& entryTemplate();
+  void writeSettings(Procedure& proc, const host::FormatterSettingsRef& settings);
   void initChecking(bool& isFootnote, Array& checkingArray);
   bool IsFootnoteEntry(const std::string& author, const std::string& title, const std::string& entry);
   std::string FindTitleImpl(const std::string& str, bool& isFootnote, std::string& decoratedStr,
@@ -43,9 +41,6 @@ class Periodical final : public Dispatchable<Periodical>, public Module, private
   std::string getPageString();
   void getTitleString(const ObjectRef& formattedItem, std::string title);
 
- private:
-  host::DataSourceRef source() const { return host::DataSourceRef(super_); }
-  ObjectRef super_;
 };
 
 }  // namespace QuillFormatAPA

@@ -2,33 +2,10 @@
 
 #include <vector>
 
+#include "formatter/FormatterImplementation.h"
+#include "strings/StringUtility.h"
+
 namespace QuillFormatAPA::references {
-
-namespace {
-
-bool isDateContent(std::string_view content) {
-  if (content == "n.d." || content == "in press" || content == "In press") return true;
-  if (content.size() < 4 || content.size() > 40) return false;
-  for (size_t i = 0; i < 4; ++i)
-    if (content[i] < '0' || content[i] > '9') return false;
-  if (content.size() == 4) return true;
-  // A year with a letter, a month, a day, a season or a range of years.
-  const char next = content[4];
-  return next == ',' || next == '-' || (content.size() == 5 && next >= 'a' && next <= 'z') ||
-         content.substr(4).starts_with("\u2013");
-}
-
-}  // namespace
-
-size_t dateGroup(std::string_view text) {
-  // A date is short: only the next 41 characters are looked at for its ")",
-  // so that a long entry is read in linear time.
-  for (size_t at = text.find(" ("); at != std::string_view::npos; at = text.find(" (", at + 1)) {
-    const size_t close = text.substr(at + 2, 41).find(')');
-    if (close != std::string_view::npos && isDateContent(text.substr(at + 2, close))) return at;
-  }
-  return std::string_view::npos;
-}
 
 std::vector<size_t> sentenceStarts(std::string_view text) {
   std::vector<size_t> starts;
@@ -40,15 +17,60 @@ std::vector<size_t> sentenceStarts(std::string_view text) {
     if (depth > 0 || (c != '.' && c != '?' && c != '!')) continue;
     size_t j = i + 1;
     if (text.substr(j).starts_with("\u201D")) j += 3;
-    if (j < text.size() && text[j] == ' ') {
-      if (c == '.' && i >= 2 && text.substr(i - 2, 2) == "vs") continue;
-      starts.push_back(j + 1);
+    if (j < text.size() && text[j] == ' ') starts.push_back(j + 1);
+  }
+  return starts;
+}
+
+std::vector<size_t> statementStarts(std::string_view text) {
+  std::vector<size_t> starts;
+  for (size_t start : sentenceStarts(text)) {
+    size_t stop = start - 1;
+    while (stop > 0 && text[stop - 1] == ' ') --stop;
+    if (stop == 0 || text[stop - 1] != '.') {
+      starts.push_back(start);
+      continue;
+    }
+    size_t word = stop - 1;
+    while (word > 0 && text[word - 1] != ' ' && text[word - 1] != '.' && text[word - 1] != '(') --word;
+    const std::string_view before = text.substr(word, stop - 1 - word);
+    if (!QuillStrings::rules::isAbbreviation(before) && !QuillStrings::rules::isNameAbbreviation(before)) {
+      starts.push_back(start);
+      continue;
+    }
+    // A capital after a word in lower case ends a sentence ("written in C.",
+    // "rich in vitamin D."); after a capital, a sentence's end or before
+    // another initial it is an initial ("J. S. Bach", "surfaces. J. Amer.").
+    const bool capital = before.size() == 1 && before[0] >= 'A' && before[0] <= 'Z';
+    const bool initialFollows = start + 1 < text.size() && text[start] >= 'A' && text[start] <= 'Z' &&
+                                text[start + 1] == '.';
+    if (capital && !initialFollows && word >= 2 && text[word - 1] == ' ' && text[word - 2] != '.') {
+      size_t previous = word - 1;
+      while (previous > 0 && text[previous - 1] != ' ') --previous;
+      if (previous < word - 1 && text[previous] >= 'a' && text[previous] <= 'z') starts.push_back(start);
     }
   }
   return starts;
 }
 
-bool isOneSentence(std::string_view text) { return sentenceStarts(text).empty(); }
+bool isOneSentence(std::string_view text) { return statementStarts(text).empty(); }
+
+bool readsAsTitle(std::string_view before) {
+  const auto& str = QuillStrings::strings();
+  auto isUpper = [](char c) { return c >= 'A' && c <= 'Z'; };
+  auto isLower = [](char c) { return c >= 'a' && c <= 'z'; };
+  bool lowerWord = false;
+  for (const std::string& raw : str.split(before, " ", -1)) {
+    std::string word = raw;
+    str.trimLeading(word, "(\"'");
+    str.trimTrailing(word, ".,;:)\"'");
+    if (word.empty() || word == "&") continue;
+    if (word.size() == 1 || (word.size() >= 3 && word[1] == '.' && isUpper(word[0]))) return false;  // initials
+    if (str.beginsWith(word, "Ed") && str.contains(raw, "(")) return false;  // "(Ed.)", "(Eds.)"
+    if (isLower(word[0]) && !QuillStrings::rules::isSmallWord(word)) lowerWord = true;
+  }
+  return lowerWord;
+}
 
 
 void resetTemplate(const host::OutputTemplateRef& output, int16_t lastIndex, std::string_view list) {
@@ -59,6 +81,16 @@ void resetTemplate(const host::OutputTemplateRef& output, int16_t lastIndex, std
 
 void addRow(const host::OutputTemplateRef& output, const TemplateRow& row) {
   output.Add(row.item, row.formatted, std::span<const std::string_view>(row.strings.begin(), row.strings.size()));
+}
+
+void writeTemplates(Procedure& proc, const host::FormatterSettingsRef& settings, const EntryTemplate& entryTemplate) {
+  ObjectRef output;
+  proc.step([&] { output = settings.outputTemplate(); });
+  proc.step([&] { resetTemplate(host::OutputTemplateRef(output), entryTemplate.lastIndex, entryTemplate.list); });
+  for (const TemplateRow& row : entryTemplate.rows) proc.step([&] { addRow(host::OutputTemplateRef(output), row); });
+  proc.step([&] {
+    FormatterImplementation::InitializeCitationTemplate(settings.citationOutputTemplate(), false, "", false);
+  });
 }
 
 }  // namespace QuillFormatAPA::references

@@ -42,7 +42,7 @@ for target in "${targets[@]}"; do
   dirs=("$work")
   [[ -d "$seeds" ]] && dirs+=("$seeds")
   echo "== $target: ${seconds}s"
-  if ! "$build/fuzz/$target" -max_total_time="$seconds" -max_len=4096 -timeout=10 -rss_limit_mb=2048 \
+  if ! "$build/fuzz/$target" -max_total_time="$seconds" -max_len=131072 -timeout=10 -rss_limit_mb=2048 \
       -print_final_stats=1 -artifact_prefix="$build/$target-" "${dirs[@]}" >"$build/$target.log" 2>&1; then
     echo "$target FAILED; its log: $build/$target.log" >&2
     tail -n 40 "$build/$target.log" >&2

@@ -4,7 +4,8 @@ scores the predictions with ../shared/tools/score_references.py.
 
     scripts/score_references.py [--quillpaper build/quillpaper] [--family 1] [score options...]
 
-Every corpus entry's APA text goes in as one line; the line numbers map the
+Every corpus entry's text (its "typed_text" when it has one, as the entries of
+scripts/typed_variants.py do) goes in as one line; the line numbers map the
 output back to the corpus ids.
 """
 import argparse
@@ -39,8 +40,8 @@ def main():
         lines = os.path.join(tmp, "lines.txt")
         with open(lines, "w", encoding="utf-8") as f:
             for c in corpus:
-                f.write(c["apa6_text"].replace("\n", " ") + "\n")
-        out = subprocess.run([args.quillpaper, "refs", lines, "--format=json", "--on-error=ignore",
+                f.write(c.get("typed_text", c["apa6_text"]).replace("\n", " ") + "\n")
+        out = subprocess.run([args.quillpaper, "refs", lines, "--format=json", "--edition=6", "--on-error=ignore",
                               "--dump-dir=" + os.path.join(tmp, "dumps")],
                              capture_output=True, text=True, check=True).stdout
         predictions = args.predictions or os.path.join(tmp, "predictions.jsonl")

@@ -6,6 +6,7 @@
 #include <exception>
 #include <new>
 #include <functional>
+#include <mutex>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -125,14 +126,20 @@ class HostObject final : public Object, private LibraryObject {
     if (vtable_.release) vtable_.release(self_);
   }
 
-  // A host object's ids stay the same for its life, so each name is asked once.
+  // A host object's ids stay the same for its life, so each name is asked
+  // once. Threads share the object: the cache is read and filled under a lock,
+  // the host's own callback is made outside it.
   DispId idOfName(std::string_view name) const noexcept override {
     if (!vtable_.id_of_name) return kUnknownDispId;
     try {
-      if (auto known = ids_.find(name); known != ids_.end()) return known->second;
+      {
+        std::lock_guard lock(mutex_);
+        if (auto known = ids_.find(name); known != ids_.end()) return known->second;
+      }
       std::string text(name);
       const int32_t answer = vtable_.id_of_name(self_, text.c_str());
       const DispId id = answer < 0 ? kUnknownDispId : answer;
+      std::lock_guard lock(mutex_);
       if (id != kUnknownDispId) ids_.emplace(std::move(text), id);
       return id;
     } catch (...) {
@@ -170,14 +177,14 @@ class HostObject final : public Object, private LibraryObject {
 
   std::string_view typeName() const noexcept override {
     if (!vtable_.type_name) return "Object";
-    if (typeName_.empty()) {
+    std::call_once(typeNameAsked_, [&] {
       const char* name = vtable_.type_name(self_);
       try {
         typeName_ = name && *name ? name : "Object";
       } catch (...) {
-        return "Object";
       }
-    }
+    });
+    if (typeName_.empty()) return "Object";
     return typeName_;
   }
 
@@ -188,7 +195,9 @@ class HostObject final : public Object, private LibraryObject {
   };
   qfa_host_vtable vtable_;
   void* self_;
+  mutable std::mutex mutex_;  // guards ids_
   mutable std::unordered_map<std::string, DispId, NameHash, std::equal_to<>> ids_;
+  mutable std::once_flag typeNameAsked_;
   mutable std::string typeName_;
 };
 
@@ -240,12 +249,21 @@ void qfa_variant_set_object(qfa_variant* v, qfa_object* object) { assign(v, Vari
 int32_t qfa_variant_set_array(qfa_variant* v, int32_t lower, int32_t count) {
   return guarded([&] {
     if (!v || count < 0) invalid("no variant or a negative count");
-    assign(v, Variant(Array::vector(lower, lower + count - 1)));
+    // Its last index must be a 32-bit number too; an empty array needs one below its first.
+    const int64_t upper = int64_t{lower} + count - 1;
+    if (upper > INT32_MAX || upper < INT32_MIN) throw AutomationError(kOverflow, "the array's bounds");
+    assign(v, Variant(Array::vector(lower, static_cast<int32_t>(upper))));
     return QFA_OK;
   });
 }
-void qfa_variant_set_byref(qfa_variant* v, qfa_variant* target) {
-  if (v && target && v != target) V(v) = Variant::byRef(V(target));
+int32_t qfa_variant_set_byref(qfa_variant* v, qfa_variant* target) {
+  return guarded([&] {
+    if (!v || !target) invalid("no variant");
+    // A slot that refers, however far, to itself would be followed for ever.
+    if (V(target).reaches(V(v))) invalid("a by-reference slot may not refer to itself");
+    V(v) = Variant::byRef(V(target));
+    return QFA_OK;
+  });
 }
 
 int32_t qfa_variant_get_bool(const qfa_variant* v, int* out) {

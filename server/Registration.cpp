@@ -1,6 +1,12 @@
 #include "server/Registration.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 
 #include <cstdlib>
 #include <fstream>
@@ -17,6 +23,12 @@ namespace QuillFormatAPA::server {
 namespace fs = std::filesystem;
 
 namespace {
+
+mode_t currentUmask() {
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  return mask;
+}
 
 [[noreturn]] void fileError(const std::string& what, const fs::path& path, const std::error_code& ec) {
   AutomationError e(kPathFileAccessError, what + " " + path.string() + ": " + ec.message(), "DllRegisterServer");
@@ -43,29 +55,53 @@ std::string record(const fs::path& library, const fs::path& typeLibrary) {
   return out + "\n  ]\n}\n";
 }
 
-// Writes `text` to a temporary file beside `path` and renames it into place,
-// so that a reader never sees half a record.
+// Writes `text` to a temporary file of its own beside `path` and renames it
+// into place, so that a reader never sees half a record, whoever else writes.
 void writeAtomically(const fs::path& path, const std::string& text) {
-  std::error_code ec;
-  fs::create_directories(path.parent_path(), ec);
-  if (ec) fileError("cannot create the folder of", path, ec);
-  const fs::path temp = path.string() + ".tmp";
-  {
-    std::ofstream out(temp, std::ios::binary | std::ios::trunc);
-    out << text;
-    out.flush();
-    if (!out) {
-      fs::remove(temp, ec);
-      fileError("cannot write", temp, std::make_error_code(std::errc::io_error));
-    }
+  std::string temp = (path.parent_path() / ("." + path.filename().string() + ".XXXXXX")).string();
+  const int fd = ::mkstemp(temp.data());
+  if (fd < 0) fileError("cannot write in", path.parent_path(), std::error_code(errno, std::generic_category()));
+  size_t done = 0;
+  while (done < text.size()) {
+    const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) break;
+    done += static_cast<size_t>(n);
   }
-  fs::rename(temp, path, ec);
+  const int error = done < text.size() ? errno : ::fsync(fd) != 0 ? errno : 0;
+  ::fchmod(fd, 0644 & ~currentUmask());
+  ::close(fd);
+  std::error_code ec = error ? std::error_code(error, std::generic_category()) : std::error_code();
+  if (!ec) fs::rename(temp, path, ec);
   if (ec) {
     std::error_code ignored;
     fs::remove(temp, ignored);
     fileError("cannot write", path, ec);
   }
 }
+
+// Registering and unregistering hold a lock beside the record's folder:
+// processes doing either at once take turns.
+class RegistryLock {
+ public:
+  explicit RegistryLock(const fs::path& record) {
+    const fs::path folder = record.parent_path();
+    std::error_code ec;
+    fs::create_directories(folder, ec);
+    if (ec) fileError("cannot create the folder of", record, ec);
+    const fs::path lock = folder.parent_path() / ("." + folder.filename().string() + ".lock");
+    fd_ = ::open(lock.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    if (fd_ < 0) fileError("cannot lock", lock, std::error_code(errno, std::generic_category()));
+    while (::flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
+    }
+  }
+  RegistryLock(const RegistryLock&) = delete;
+  RegistryLock& operator=(const RegistryLock&) = delete;
+  ~RegistryLock() { ::close(fd_); }
+
+ private:
+  int fd_ = -1;
+};
 
 }  // namespace
 
@@ -95,11 +131,18 @@ void registerServer() {
   if (!fs::exists(typeLibrary))
     throw AutomationError(kFileNotFound, "the type library is not beside the library: " + typeLibrary.string(),
                           "DllRegisterServer");
-  writeAtomically(registrationPath(), record(library, typeLibrary));
+  const fs::path path = registrationPath();
+  RegistryLock lock(path);
+  writeAtomically(path, record(library, typeLibrary));
 }
 
 bool unregisterServer(std::string& why) {
   const fs::path path = registrationPath();
+  if (!fs::exists(path.parent_path())) {
+    why = "QuillFormatAPA is not registered for this user (no " + path.string() + ")";
+    return false;
+  }
+  RegistryLock lock(path);
   if (!fs::exists(path)) {
     why = "QuillFormatAPA is not registered for this user (no " + path.string() + ")";
     return false;

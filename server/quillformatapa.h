@@ -87,10 +87,12 @@ QFA_C_API int32_t qfa_variant_set_string(qfa_variant* v, const char* text, size_
 /* Takes a reference of its own; NULL sets Nothing. */
 QFA_C_API void qfa_variant_set_object(qfa_variant* v, qfa_object* object);
 /* A one-dimensional array of `count` empty variants with indices from
- * `lower`; fill it with qfa_variant_array_set. */
+ * `lower`; fill it with qfa_variant_array_set. 6 when its last index would
+ * not be a 32-bit number. */
 QFA_C_API int32_t qfa_variant_set_array(qfa_variant* v, int32_t lower, int32_t count);
-/* Turns `v` into a by-reference slot: the callee reads and writes `target`. */
-QFA_C_API void qfa_variant_set_byref(qfa_variant* v, qfa_variant* target);
+/* Turns `v` into a by-reference slot: the callee reads and writes `target`.
+ * 5 when `target` is `v` or refers to it (a cycle). */
+QFA_C_API int32_t qfa_variant_set_byref(qfa_variant* v, qfa_variant* target);
 
 /* Getters convert as the platform does (13 type mismatch, 6 overflow). */
 QFA_C_API int32_t qfa_variant_get_bool(const qfa_variant* v, int* out);

@@ -105,13 +105,11 @@ class StatisticsTable : public Dispatchable<Derived>, public Module, private Lib
   void initTableSpecificMetadata(Array& metadata) {
     traced(*this, "initTableSpecificMetadata", params(arg("metadata", metadata)), [&](Procedure& proc) {
       const TableLayout& s = Derived::layout();
-      int32_t lower = 0;
-      proc.step([&] { lower = metadata.lowerBound(); });
-      proc.step([&] { metadata.set(lower + 4, "1"); });
-      proc.step([&] { metadata.set(lower + 1, std::to_string(columns())); });
-      proc.step([&] { metadata.set(lower + 2, std::to_string(s.rows.size())); });
-      proc.step([&] { metadata.set(lower + 0, std::string(s.caption)); });
-      if (s.element5) proc.step([&] { metadata.set(lower + 5, std::string(*s.element5)); });
+      proc.step([&] { metadata.set(indexAt(metadata, 4), "1"); });
+      proc.step([&] { metadata.set(indexAt(metadata, 1), std::to_string(columns())); });
+      proc.step([&] { metadata.set(indexAt(metadata, 2), std::to_string(s.rows.size())); });
+      proc.step([&] { metadata.set(indexAt(metadata, 0), std::string(s.caption)); });
+      if (s.element5) proc.step([&] { metadata.set(indexAt(metadata, 5), std::string(*s.element5)); });
     });
   }
 

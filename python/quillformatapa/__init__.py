@@ -23,6 +23,7 @@ import ctypes
 import inspect
 import itertools
 import json
+import threading
 
 from . import _capi
 from ._capi import METHOD, PROPERTY_GET, PROPERTY_PUT
@@ -215,6 +216,13 @@ class Library:
         self._host_by_pointer = {}  # qfa_object address -> key
         self._host_by_object = {}  # id(python object) -> key
         self._keys = itertools.count(1)
+        # The host tables are shared by every thread; the library calls back
+        # from any of them (the GIL is let go during each call into it).
+        self._host_lock = threading.RLock()
+        # A KeyboardInterrupt or SystemExit raised in a host object's method
+        # waits here, per thread, while the library unwinds; it is raised
+        # again once the call into the library returns.
+        self._interrupted = threading.local()
         self._vtable = _capi.HostVtable(_capi.ID_OF_NAME(self._id_of_name), _capi.INVOKE(self._host_invoke),
                                         _capi.RELEASE(self._host_release), _capi.TYPE_NAME(self._host_type_name))
         self.type_library = json.loads(self._dll.qfa_type_library().decode())
@@ -328,7 +336,7 @@ class Library:
                     target = _Variant(self)
                     owned.append(target)
                     self._set(target.ptr, value.value)
-                    self._dll.qfa_variant_set_byref(slot.ptr, target.ptr)
+                    self._check(self._dll.qfa_variant_set_byref(slot.ptr, target.ptr))
                     written.append((value, target))
                 else:
                     self._set(slot.ptr, value)
@@ -339,6 +347,10 @@ class Library:
             name_array = (ctypes.c_char_p * max(1, len(names)))(*names)
             number = self._dll.qfa_invoke(ptr, name.encode(), kind, arg_array, len(slots), name_array, len(names),
                                           result.ptr)
+            interrupted = getattr(self._interrupted, "error", None)
+            if interrupted is not None:
+                self._interrupted.error = None
+                raise interrupted
             if number:
                 raise self._error(number)
             for ref, target in written:
@@ -367,7 +379,10 @@ class Library:
             if -2**31 <= value < 2**31:
                 dll.qfa_variant_set_long(ptr, value)
             else:
-                dll.qfa_variant_set_double(ptr, float(value))
+                try:
+                    dll.qfa_variant_set_double(ptr, float(value))
+                except OverflowError:
+                    raise AutomationError(6, "Overflow: the number is too large for the library") from None
         elif isinstance(value, float):
             dll.qfa_variant_set_double(ptr, value)
         elif isinstance(value, str):
@@ -432,6 +447,8 @@ class Library:
             lower, upper = ctypes.c_int32(), ctypes.c_int32()
             self._check(dll.qfa_variant_array_bounds(ptr, d, ctypes.byref(lower), ctypes.byref(upper)))
             bounds.append(range(lower.value, upper.value + 1))
+        if dims < 1:  # an array the library declared but never dimensioned
+            return []
         with self._temporary() as element:
             def at(i, j=0):
                 self._check(dll.qfa_variant_array_get(ptr, i, j, element.ptr))
@@ -445,22 +462,23 @@ class Library:
 
     def _wrap(self, obj):
         """A new reference to the host object standing for `obj`."""
-        key = self._host_by_object.get(id(obj))
-        if key is not None:
-            pointer = self._hosts[key].pointer
-            self._dll.qfa_object_addref(pointer)
+        with self._host_lock:
+            key = self._host_by_object.get(id(obj))
+            if key is not None:
+                pointer = self._hosts[key].pointer
+                self._dll.qfa_object_addref(pointer)
+                return pointer
+            key = next(self._keys)
+            entry = _HostEntry(obj)
+            self._hosts[key] = entry
+            pointer = self._dll.qfa_host_object_new(ctypes.byref(self._vtable), key)
+            if not pointer:
+                del self._hosts[key]
+                raise MemoryError("the library could not wrap a host object")
+            entry.pointer = pointer
+            self._host_by_pointer[pointer] = key
+            self._host_by_object[id(obj)] = key
             return pointer
-        key = next(self._keys)
-        entry = _HostEntry(obj)
-        self._hosts[key] = entry
-        pointer = self._dll.qfa_host_object_new(ctypes.byref(self._vtable), key)
-        if not pointer:
-            del self._hosts[key]
-            raise MemoryError("the library could not wrap a host object")
-        entry.pointer = pointer
-        self._host_by_pointer[pointer] = key
-        self._host_by_object[id(obj)] = key
-        return pointer
 
     def _id_of_name(self, key, name):
         try:
@@ -482,6 +500,12 @@ class Library:
         try:
             entry = self._hosts[key]
             name = entry.names[member_id]
+            if getattr(self._interrupted, "error", None) is not None:
+                # Unwinding: the service ends the library's work, everything else fails.
+                if name.lower() == "vbwafterdump":
+                    self._dll.qfa_variant_set_long(result, Diagnostics.END)
+                    return 0
+                return self._raise(18, "User interrupt occurred")
             positional_count = argc - named_count
             values = [self._host_argument(args[i]) for i in range(argc)]
             positional = values[:positional_count]
@@ -499,6 +523,9 @@ class Library:
             return self._raise(450, f"{type(e).__name__}: {e}")
         except Exception as e:  # noqa: BLE001 - nothing may unwind into the library
             return self._raise(5, f"{type(e).__name__}: {e}")
+        except BaseException as e:  # KeyboardInterrupt, SystemExit: kept for the caller
+            self._interrupted.error = e
+            return self._raise(18, "User interrupt occurred")
 
     def _host_argument(self, ptr):
         value = self._get(ptr)
@@ -509,10 +536,11 @@ class Library:
         return number
 
     def _host_release(self, key):
-        entry = self._hosts.pop(key, None)
-        if entry is not None:
-            self._host_by_pointer.pop(entry.pointer, None)
-            self._host_by_object.pop(id(entry.obj), None)
+        with self._host_lock:
+            entry = self._hosts.pop(key, None)
+            if entry is not None:
+                self._host_by_pointer.pop(entry.pointer, None)
+                self._host_by_object.pop(id(entry.obj), None)
 
     def _host_type_name(self, key):
         entry = self._hosts.get(key)
@@ -584,14 +612,17 @@ def _plain(value):
 
 
 _library = None
+_library_lock = threading.Lock()
 
 
 def library(path=None):
-    """The library, loaded on first use (see _capi.find_library for where from)."""
+    """The library, loaded on first use (see _capi.find_library for where from);
+    one for the process, whichever thread asks first."""
     global _library
-    if _library is None:
-        _library = Library(path)
-    return _library
+    with _library_lock:
+        if _library is None:
+            _library = Library(path)
+        return _library
 
 
 def Main2():  # noqa: N802 - the library's class name

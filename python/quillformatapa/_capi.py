@@ -48,7 +48,7 @@ _SIGNATURES = {
     "qfa_variant_set_string": (ctypes.c_int32, [c_variant_p, ctypes.c_char_p, ctypes.c_size_t]),
     "qfa_variant_set_object": (None, [c_variant_p, c_object_p]),
     "qfa_variant_set_array": (ctypes.c_int32, [c_variant_p, ctypes.c_int32, ctypes.c_int32]),
-    "qfa_variant_set_byref": (None, [c_variant_p, c_variant_p]),
+    "qfa_variant_set_byref": (ctypes.c_int32, [c_variant_p, c_variant_p]),
     "qfa_variant_get_bool": (ctypes.c_int32, [c_variant_p, ctypes.POINTER(ctypes.c_int)]),
     "qfa_variant_get_long": (ctypes.c_int32, [c_variant_p, ctypes.POINTER(ctypes.c_int32)]),
     "qfa_variant_get_double": (ctypes.c_int32, [c_variant_p, ctypes.POINTER(ctypes.c_double)]),

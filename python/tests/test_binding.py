@@ -239,6 +239,66 @@ class Thing:
         return None
 
 
+class ThreadTest(unittest.TestCase):
+    # Catches threads that share the diagnostics service and call back Python
+    # host objects at once crashing the library or losing an answer.
+    def test_threads_each_with_their_own_main2(self):
+        import threading
+        failures = []
+
+        def work():
+            try:
+                for _ in range(20):
+                    main = qfa.Main2()
+                    settings = Dictionary()
+                    main.getMetaData(settings)
+                    if main.buildInstruction("Title", 3) != "3Title" or settings.Item.get("MarginTop") != "72":
+                        failures.append("a wrong answer")
+            except Exception as e:  # pragma: no cover - reported below
+                failures.append(repr(e))
+
+        threads = [threading.Thread(target=work) for _ in range(8)]
+        for t in threads:
+            t.start()
+        for t in threads:
+            t.join()
+        self.assertEqual(failures, [])
+
+
+class InterruptTest(unittest.TestCase):
+    # Catches Ctrl-C or sys.exit inside a host object swallowed by the binding
+    # (the library then went on with errors that had nothing to do with it).
+    def test_keyboard_interrupt_in_a_callback_reaches_the_caller(self):
+        for raised in (KeyboardInterrupt, SystemExit):
+            class Interrupting(Dictionary):
+                def add(self, key, value):
+                    raise raised()
+
+                def exists(self, key):
+                    return False
+
+            with self.assertRaises(raised):
+                qfa.Main2().getMetaData(Interrupting())
+            # The next call runs as usual.
+            self.assertEqual(qfa.Main2().buildInstruction("Title", 3), "3Title")
+
+
+class ExtremeValuesTest(unittest.TestCase):
+    # Catches values the binding could not pass: a number beyond any double,
+    # an array too long for the library's 16-bit count.
+    def test_a_number_too_large_is_an_overflow_error(self):
+        with self.assertRaises(qfa.AutomationError) as caught:
+            qfa.Main2().buildInstruction("Title", 10**400)
+        self.assertEqual(caught.exception.number, 6)
+
+    def test_an_array_too_long_comes_back_empty_with_the_error_reported(self):
+        words = qfa.ByRef()
+        before = len(lib().diagnostics.errors)
+        qfa.Main2().IntArray(words, list(range(32769)))
+        self.assertEqual(words.value, [])
+        self.assertEqual(lib().diagnostics.errors[before]["number"], 6)
+
+
 class HostObjectRoundTripTest(unittest.TestCase):
     """Python objects called through the library, the way the library calls them."""
 

@@ -1,5 +1,7 @@
 #include "quillpaper/docx/DocxWriter.h"
 
+#include "quillpaper/OutputFile.h"
+
 #include "quillpaper/docx/Package.h"
 #include "quillpaper/docx/Parts.h"
 #include "quillpaper/docx/Runs.h"

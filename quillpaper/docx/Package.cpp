@@ -1,17 +1,13 @@
 #include "quillpaper/docx/Package.h"
 
-#include <unistd.h>
-#include <sys/stat.h>
 #include <zip.h>
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <ctime>
-#include <fstream>
 #include <memory>
 #include <stdexcept>
 
+#include "quillpaper/OutputFile.h"
 #include "quillpaper/docx/Xml.h"
 
 namespace quillpaper::docx {
@@ -125,37 +121,5 @@ std::string Package::bytes() const {
 }
 
 void Package::save(const std::filesystem::path& path) const { writeFileAtomically(path, bytes()); }
-
-void writeFileAtomically(const std::filesystem::path& path, const std::string& bytes) {
-  const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");
-  std::string pattern = (folder / ("." + path.filename().string() + ".XXXXXX")).string();
-  const int fd = ::mkstemp(pattern.data());
-  if (fd < 0) throw std::runtime_error("cannot write in " + folder.string() + ": " + std::strerror(errno));
-  const auto fail = [&](const std::string& what) {
-    const std::string reason = std::strerror(errno);
-    ::close(fd);
-    ::unlink(pattern.c_str());
-    throw std::runtime_error(what + ": " + reason);
-  };
-  for (size_t done = 0; done < bytes.size();) {
-    const ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
-    if (n < 0) {
-      if (errno == EINTR) continue;
-      fail("cannot write " + path.string());
-    }
-    done += static_cast<size_t>(n);
-  }
-  if (::fsync(fd) != 0) fail("cannot write " + path.string());
-  ::fchmod(fd, 0644);
-  if (::close(fd) != 0) {
-    ::unlink(pattern.c_str());
-    throw std::runtime_error("cannot write " + path.string());
-  }
-  if (std::rename(pattern.c_str(), path.c_str()) != 0) {
-    const std::string reason = std::strerror(errno);
-    ::unlink(pattern.c_str());
-    throw std::runtime_error("cannot write " + path.string() + ": " + reason);
-  }
-}
 
 }  // namespace quillpaper::docx

@@ -48,7 +48,5 @@ class Package {
   std::vector<PartRels> partRels_;
 };
 
-// Writes `bytes` to `path` through a temporary file in the same folder and a rename.
-void writeFileAtomically(const std::filesystem::path& path, const std::string& bytes);
 
 }  // namespace quillpaper::docx

@@ -161,6 +161,36 @@ TEST_F(ErrorTailTest, ErrorNumberBeyondSixteenBitsFailsTheTailAndReachesTheCalle
             (std::vector<std::string>{"vbwBeforeDump QuillFormatAPA TestModule outer 6 Overflow 0"}));
 }
 
+// Catches a frame that forgets its exit trace when an error escapes its
+// statements (a host call outside a step): the service's call stack must
+// stay balanced, and a later registration must reach every thread.
+TEST_F(ErrorTailTest, AFrameTracesItselfOutOnEveryWayOut) {
+  onFreshThread([&] {
+    EXPECT_THROW(traced(kModule, "escaping", [](Procedure&) { throw AutomationError(kTypeMismatch, "outside a step"); }),
+                 AutomationError);
+  });
+  EXPECT_EQ(service->depth, 0);
+  EXPECT_EQ(service->calls,
+            (std::vector<std::string>{"vbwProcIn QuillFormatAPA.TestModule.escaping", "vbwProcOut"}));
+}
+
+// A nested registration reaches a thread that had looked the service up, and
+// the outer one comes back once the nested one is undone by its owner.
+TEST_F(ErrorTailTest, NestedRegistrationsComeAndGoInTurn) {
+  onFreshThread([&] {
+    int32_t runs = 0;
+    flaky(0, 0, runs);
+    auto nested = make<FakeService>();
+    {
+      ServiceRegistration inner{nested};
+      flaky(0, 0, runs);
+    }
+    flaky(0, 0, runs);
+    EXPECT_EQ(nested->linesStartingWith("vbwProcIn").size(), 1u);
+  });
+  EXPECT_EQ(service->linesStartingWith("vbwProcIn").size(), 2u);
+}
+
 // Catches failures of the service that should be ignored but stop the dump, and the reverse.
 TEST_F(ErrorTailTest, WhichServiceFailuresAreIgnored) {
   service->failing = {{"vbwReportVariable", kInternalError}, {"vbwAfterDump", kInternalError}};

@@ -110,10 +110,13 @@ const MemberTable& FakeBridge::members() {
   return table;
 }
 
-ServiceRegistration::ServiceRegistration(ObjectRef service) : bridge(make<FakeBridge>(std::move(service))) {
+ServiceRegistration::ServiceRegistration(ObjectRef service)
+    : bridge(make<FakeBridge>(std::move(service))), replaced(RunningObjects::lookup(vbwProtector::kBridgeClass)) {
   RunningObjects::registerObject(vbwProtector::kBridgeClass, bridge);
 }
 
-ServiceRegistration::~ServiceRegistration() { RunningObjects::revoke(vbwProtector::kBridgeClass); }
+ServiceRegistration::~ServiceRegistration() {
+  RunningObjects::replaceIf(vbwProtector::kBridgeClass, bridge.get(), replaced);
+}
 
 }  // namespace QuillFormatAPA::fakes

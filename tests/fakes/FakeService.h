@@ -71,6 +71,7 @@ class ServiceRegistration {
   ServiceRegistration& operator=(const ServiceRegistration&) = delete;
 
   Ref<FakeBridge> bridge;
+  ObjectRef replaced;
 };
 
 // The text a value shows in the recorded lines.

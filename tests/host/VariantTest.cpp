@@ -109,3 +109,20 @@ TEST(VariantTest, NumberFormatting) {
 
 }  // namespace
 }  // namespace QuillFormatAPA
+
+namespace QuillFormatAPA {
+namespace {
+
+// The platform's date test, as retrieval statements use it. Catches days
+// and months that do not exist, and texts that merely hold figures.
+TEST(VariantTest, DatesAreDaysThatExist) {
+  for (const char* date : {"May 5, 2010", "5 May 2010", "2010, May 5", "Jan. 31, 2009", "December 2009",
+                           "5/31/2008", "31/5/2008", "2008-05-31", "February 29, 2008", "February 29"})
+    EXPECT_TRUE(isDate(date)) << date;
+  for (const char* no : {"31/31/2008", "13/13/2008", "February 30, 2008", "February 29, 2009", "April 31, 2010",
+                         "May 5, 2010, 2011", "2008", "May", "5/5", "10.1037/a0012345", "1 2 3 4", "Mayday 5, 2010"})
+    EXPECT_FALSE(isDate(no)) << no;
+}
+
+}  // namespace
+}  // namespace QuillFormatAPA

@@ -275,7 +275,7 @@ class RefsTest(unittest.TestCase):
         shutil.rmtree(self.workdir, ignore_errors=True)
 
     def refs(self, *args):
-        return run_quillpaper("refs", self.input, *args, cwd=self.workdir)
+        return run_quillpaper("refs", self.input, "--edition=6", *args, cwd=self.workdir)
 
     # Catches an entry dropped silently, or one reported without its line.
     def test_text_keeps_every_entry_and_reports_what_it_cannot_read(self):

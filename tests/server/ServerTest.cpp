@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 #include <strings.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -482,6 +485,29 @@ TEST_F(ServerTest, ExecuteRunsACommandOnTheCommandObjectWithTheArgument) {
   for (const std::string& c : builder.calls) namedHeader |= c.find("pageHeader:=") != std::string::npos;
   EXPECT_TRUE(namedHeader);
   EXPECT_FALSE(reportedErrors().empty());
+
+  qfa_variant_set_empty(param.v);
+  builderObject.reset();
+  EXPECT_TRUE(builder.released);
+}
+
+// A builder that fails in the frame's own statement (it has no
+// outputTemplate): the procedure is left through the error tail, and the
+// library must not keep the builder. Catches a host object held after its
+// procedure ended, which outlived its host and kept the library loaded.
+TEST_F(ServerTest, ABuilderLeftThroughTheErrorTailIsLetGo) {
+  Obj main2 = create("QuillFormatAPA.Main2");
+  HostObject builder;
+  builder.members = {"AddSection"};
+  Obj builderObject = builder.wrap();
+  Value command("InitializeBuilder");
+  Value commandRef = Value::refTo(command);
+  Value param = Value::object(builderObject.o);
+  Call(main2.o, "Execute", {commandRef.v, param.v}).run();
+  EXPECT_FALSE(reportedErrors().empty());
+  qfa_variant_set_empty(param.v);
+  builderObject.reset();
+  EXPECT_TRUE(builder.released);
 }
 
 // The command channel never fails to its caller: what goes wrong is reported
@@ -649,6 +675,67 @@ TEST_F(ServerTest, RegistrationWritesAndRemovesExactlyOneRecord) {
     setenv("XDG_DATA_HOME", saved.c_str(), 1);
   else
     unsetenv("XDG_DATA_HOME");
+}
+
+// Processes registering at once: every one succeeds, and a reader never sees
+// half a record. Catches a temporary file shared by the writers.
+TEST_F(ServerTest, ProcessesRegisteringAtOnceNeverLeaveHalfARecord) {
+  const std::filesystem::path home = std::filesystem::temp_directory_path() / "qfa-registration-race";
+  std::filesystem::remove_all(home);
+  setenv("XDG_DATA_HOME", home.c_str(), 1);
+  const std::filesystem::path record = qfa_registration_path();
+  std::vector<pid_t> writers;
+  for (int p = 0; p < 4; ++p) {
+    const pid_t pid = fork();
+    if (pid == 0) {
+      int failures = 0;
+      for (int i = 0; i < 40; ++i) failures += DllRegisterServer() != QFA_OK;
+      _exit(failures);
+    }
+    writers.push_back(pid);
+  }
+  int reads = 0, halves = 0;
+  for (bool running = true; running;) {
+    std::ifstream in(record);
+    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    if (!text.empty()) {
+      ++reads;
+      if (!text.ends_with("]\n}\n")) ++halves;
+    }
+    running = false;
+    for (pid_t pid : writers) running = running || waitpid(pid, nullptr, WNOHANG) == 0;
+  }
+  for (pid_t pid : writers) {
+    int status = 0;
+    waitpid(pid, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "a registration failed";
+  }
+  EXPECT_EQ(halves, 0) << "of " << reads << " reads";
+  EXPECT_EQ(DllUnregisterServer(), QFA_OK) << qfa_error_description();
+  std::filesystem::remove_all(home);
+  unsetenv("XDG_DATA_HOME");
+}
+
+// Catches bounds that overflow a 32-bit index and by-reference slots that
+// refer to themselves, which would be followed for ever.
+TEST_F(ServerTest, ArraysOutOfRangeAndReferenceCyclesAreRefused) {
+  Value v;
+  EXPECT_EQ(qfa_variant_set_array(v.v, INT32_MAX, 1), QFA_OK);
+  EXPECT_EQ(qfa_variant_set_array(v.v, INT32_MAX, 2), 6);
+  EXPECT_EQ(qfa_variant_set_array(v.v, INT32_MIN, 0), 6);
+  EXPECT_EQ(qfa_variant_set_array(v.v, INT32_MIN, 1), QFA_OK);
+  int32_t lower = 0, upper = 0;
+  ASSERT_EQ(qfa_variant_array_bounds(v.v, 1, &lower, &upper), QFA_OK);
+  EXPECT_EQ(lower, INT32_MIN);
+  EXPECT_EQ(upper, INT32_MIN);
+
+  Value x, y, z;
+  EXPECT_EQ(qfa_variant_set_byref(x.v, x.v), 5);
+  EXPECT_EQ(qfa_variant_set_byref(x.v, y.v), QFA_OK);
+  EXPECT_EQ(qfa_variant_set_byref(y.v, z.v), QFA_OK);
+  EXPECT_EQ(qfa_variant_set_byref(z.v, x.v), 5) << "x -> y -> z -> x";
+  qfa_variant_set_long(z.v, 7);
+  EXPECT_EQ(x.number(), 7);
 }
 
 }  // namespace

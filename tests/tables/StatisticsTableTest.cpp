@@ -177,6 +177,12 @@ TEST_F(StatisticsTableTest, MetadataCountsFromTheLowerBound) {
     EXPECT_EQ(metadata.get(1).toString(), "Analysis of Variance for Classical Conditioning");
     EXPECT_EQ(metadata.get(2).toString(), "5");
     EXPECT_EQ(metadata.get(5).toString(), "1");
+    // Bounds at the top of the index range: out of range, not an overflow.
+    Array high = Array::vector(INT32_MAX - 1, INT32_MAX, VarType::String);
+    callByName(createObject("QuillFormatAPA.TableAnova"), "initTableSpecificMetadata", byRef(high));
+    const std::vector<std::string> dumps = service->linesStartingWith("vbwBeforeDump");
+    ASSERT_EQ(dumps.size(), 1u);
+    EXPECT_NE(dumps[0].find("Subscript out of range"), std::string::npos) << dumps[0];
   });
 }
 

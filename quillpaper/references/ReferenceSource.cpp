@@ -1,8 +1,10 @@
-#include "quillpaper/ReferenceSource.h"
+#include "quillpaper/references/ReferenceSource.h"
 
 #include <cctype>
+#include <set>
 
-#include "quillpaper/ReferenceTests.h"
+#include "quillpaper/references/ReferenceTests.h"
+#include "strings/ReferenceRules.h"
 #include "strings/StringUtility.h"
 
 namespace quillpaper {
@@ -10,27 +12,6 @@ namespace quillpaper {
 namespace {
 
 const QuillStrings::StringUtility& str() { return QuillStrings::strings(); }
-
-// Whether `content` (between parentheses) is the date of an APA reference:
-// a year, "n.d.", "in press", or a year with month, day or season.
-bool isDateGroup(std::string_view content) {
-  if (content == "n.d." || content == "in press" || content == "In press") return true;
-  if (content.size() < 4 || content.size() > 40) return false;
-  for (size_t i = 0; i < 4; ++i)
-    if (content[i] < '0' || content[i] > '9') return false;
-  return content.size() == 4 || content[4] == ',' || (content.size() == 5 && std::isalpha(static_cast<unsigned char>(content[4]))) ||
-         content[4] == '-' || content.substr(4, 3) == "\xE2\x80\x93";
-}
-
-// The position of the blank before the reference's date group, or npos.
-size_t dateGroup(std::string_view text) {
-  // A date is short: only the next 41 characters are looked at for its ")".
-  for (size_t at = text.find(" ("); at != std::string_view::npos; at = text.find(" (", at + 1)) {
-    const size_t close = text.substr(at + 2, 41).find(')');
-    if (close != std::string_view::npos && isDateGroup(text.substr(at + 2, close))) return at;
-  }
-  return std::string_view::npos;
-}
 
 // The editor tags an author list may carry: "(Ed.)", "(Eds.)", "(Comp.)", "(Comps.)".
 std::string takeEditorTag(std::string& authors) {
@@ -66,19 +47,50 @@ std::string ReferenceSource::url() const {
   return "http://" + address;
 }
 
+// The settings' DOIPrefix ("doi:" in the 6th edition, "https://doi.org/" in
+// the 7th) and usesRetrievedPrefix (false in the 7th: an address alone,
+// "Retrieved … from" only with a retrieval date).
 std::string ReferenceSource::retrievalStatement() const {
   if (address_.empty()) return {};
-  if (addressIsDoi()) return "doi:" + address_;
+  ComponentTemplate* web = settings_ ? &settings_->component(13) : nullptr;
+  if (addressIsDoi()) {
+    const std::string prefix = web ? web->text("DOIPrefix") : std::string();
+    return (prefix.empty() ? "doi:" : prefix) + address_;
+  }
   const std::string where = url().empty() ? address_ : labelAndAddress().first + url();
+  const Variant retrievedPrefix = web ? web->property("usesRetrievedPrefix") : Variant();
+  const bool seventh = !retrievedPrefix.isEmpty() && !retrievedPrefix.toBool();
+  // The 7th edition's electronic sources name their site in an item of its own.
+  const std::string site = siteName_.empty() || seventh ? std::string() : siteName_ + ". ";
+  if (!typedAccessDate_.empty()) return site + "Retrieved " + typedAccessDate_ + ", from " + where;
   const std::string accessDate = text("accessDate");
-  if (!accessDate.empty() && !settings_->text("accessDateFormat").empty())
-    return "Retrieved " + accessDate + ", from " + where;
-  return "Retrieved from " + where;
+  if (settings_ && !accessDate.empty() && !settings_->text("accessDateFormat").empty())
+    return site + "Retrieved " + accessDate + ", from " + where;
+  if (seventh) return site + where;
+  return site + "Retrieved from " + where;
+}
+
+// The fields of one reference the entry classes read and write, the ones the
+// host keeps besides (the editor tag of an author list), and the operations.
+bool ReferenceSource::knows(const std::string& name) const {
+  static const std::set<std::string, std::less<>> kMembers = {
+      "author", "title", "publishdate", "onlinepublishdate", "accessdate", "website", "notes", "page", "pagerange",
+      "isnewspaper", "periodical", "periodicaltype", "periodicalissuetype", "articletype", "refersto",
+      "referstotype", "volume", "number", "issue", "subwork", "subworktype", "publisher", "place", "editionbook",
+      "editorstr", "iseditor", "compileroreditor", "translator", "multipartwork", "ismultivol", "bookpagerange",
+      "publicationmediumdetails", "reprint", "reprintformatted", "pagecitation", "ispage", "isreferenceentry",
+      "medium", "esourcetype", "degree", "subworktranslator", "editortag", "defaultoutputtemplate", "authorstr",
+      "titlestr", "isyear", "parsecommon", "sitename"};
+  return kMembers.contains(name);
 }
 
 bool ReferenceSource::readComputed(const std::string& key, Variant& value) const {
   if (key == "website") {
     value = retrievalStatement();
+    return true;
+  }
+  if (key == "sitename") {
+    value = siteName_;
     return true;
   }
   if (key == "isnewspaper") {
@@ -99,7 +111,7 @@ bool ReferenceSource::writeComputed(const std::string& key, const Variant& value
   }
   if (key == "author") {
     // The author list as written; its names for the author string.
-    authors_ = parseNames(value.toString(), &authorsShortened_);
+    authors_ = readNames(value.toString());
     return false;
   }
   return false;
@@ -107,7 +119,7 @@ bool ReferenceSource::writeComputed(const std::string& key, const Variant& value
 
 bool ReferenceSource::call(const std::string& name, Args& args, Variant& result) {
   if (name == "authorstr") {
-    std::string list = formatNames(authors_, settings_->authorStyle(), authorsShortened_);
+    std::string list = formatNames(authors_, settings_ ? settings_->authorStyle() : AuthorStyle{});
     const std::string tag = text("editorTag");
     if (!list.empty() && !tag.empty()) list += " (" + tag + ")";
     result = list;
@@ -137,7 +149,7 @@ bool ReferenceSource::call(const std::string& name, Args& args, Variant& result)
 std::string ReferenceSource::parseCommon(int mode, std::string& text) {
   std::string s = str().trimmed(text);
   if (s.empty() || s[0] == '(' || s[0] == '[') return {};
-  size_t at = dateGroup(s);
+  size_t at = QuillStrings::rules::dateGroup(s);
   if (at == std::string::npos && mode != 0) return {};
   if (at == std::string::npos) at = s.size();
   std::string authors = s.substr(0, at);

@@ -2,10 +2,10 @@
 
 #include "command/ClassFactory.h"
 #include "host/CallSite.h"
-#include "quillpaper/ReferenceFormatter.h"
-#include "quillpaper/ReferencePipeline.h"
-#include "tests/quillpaper/ReferenceSupport.h"
-#include "quillpaper/ReferenceSource.h"
+#include "quillpaper/references/ReferenceFormatter.h"
+#include "quillpaper/references/ReferencePipeline.h"
+#include "tests/quillpaper/references/ReferenceSupport.h"
+#include "quillpaper/references/ReferenceSource.h"
 
 namespace quillpaper {
 namespace {
@@ -77,11 +77,10 @@ TEST(BookReferencesTest, NonPeriodicalForms) {
       {"The times guide to english style and usage. (1999). London: Times Books.", "", "", "",
        "The times guide to english style and usage", "", "", "", "", "London", "Times Books",
        "[The times guide to english style and usage]"},
-      // A translator and a reprint note (closed by the template's full stop).
+      // A translator and a reprint note (no full stop after it).
       {"Laplace, P.-S. (1951). A philosophical essay on probabilities (F. W. Truscott & F. L. Emory, Trans.). New "
        "York, NY: Dover. (Original work published 1814)",
-       "Laplace, P.-S. (1951). A philosophical essay on probabilities (F. W. Truscott & F. L. Emory, Trans.). New "
-       "York, NY: Dover. (Original work published 1814).",
+       "",
        "Laplace", "", "A philosophical essay on probabilities", "", "", "", "", "New York, NY", "Dover",
        "[A philosophical essay on probabilities]"},
       // A book's editor after its title.
@@ -91,7 +90,7 @@ TEST(BookReferencesTest, NonPeriodicalForms) {
       {"Harlow, H. F. (1983). Fundamentals. In E. Smith & J. Lee (Eds.), Handbook of things: Vol. 2. Special things "
        "(3rd ed., pp. 3–12). London, England: Sage.",
        "", "Harlow", "Smith|Lee", "Fundamentals", "Handbook of things", "3rd ed.", "2", "3–12", "London, England",
-       "Sage", "[Handbook of things][Vol. 2. Special things]"},
+       "Sage", "[Handbook of things: Vol. 2. Special things]"},
       // A report with its number, retrieved online: no full stop after the address.
       {"U.S. General Accounting Office. (1997). Telemedicine: Federal strategy is needed (Publication No. "
        "GAO/NSAID/HEHS-97-67). Retrieved from http://www.access.gpo.gov/su_docs/aces/aces160.shtml",

@@ -1,6 +1,6 @@
-#include "quillpaper/ReferenceFormatter.h"
+#include "quillpaper/references/ReferenceFormatter.h"
 
-#include "quillpaper/ReferenceTests.h"
+#include "quillpaper/references/ReferenceTests.h"
 #include "strings/StringUtility.h"
 
 namespace quillpaper {
@@ -129,10 +129,6 @@ std::vector<TextRun> OutputTemplate::join(const std::vector<std::string>& plain,
       if (k < formatted.size()) runs = formatted[k];
     } else if (k < plain.size() && !str().trimmed(plain[k]).empty()) {
       appendRun(runs, str().trimmed(plain[k]), false);
-    } else if (k < formatted.size()) {
-      // A plain item may carry runs instead: a title in italics standing
-      // where the author would be.
-      runs = formatted[k];
     }
     return runs;
   };
@@ -181,6 +177,7 @@ AuthorStyle FormatterSettings::authorStyle() {
   style.etAlFrom = number("numAuthorsToTriggerEtAl", style.etAlFrom);
   style.etAlShown = number("numAuthorsInEtAl", style.etAlShown);
   if (const Variant e = authors.property("etAlUsesElipses"); !e.isEmpty()) style.ellipsis = e.toBool();
+  if (const Variant i = authors.property("initialsOnly"); !i.isEmpty()) style.initialsOnly = i.toBool();
   return style;
 }
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "quillpaper/AuthorNames.h"
+#include "quillpaper/references/AuthorNames.h"
 #include "quillpaper/FormattedText.h"
 #include "quillpaper/PropertyBag.h"
 

@@ -1,4 +1,4 @@
-#include "quillpaper/ReferenceTests.h"
+#include "quillpaper/references/ReferenceTests.h"
 
 #include <regex>
 #include <string>

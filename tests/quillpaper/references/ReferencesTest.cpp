@@ -1,12 +1,13 @@
 #include <gtest/gtest.h>
 
 #include "host/CallSite.h"
-#include "quillpaper/AuthorNames.h"
-#include "quillpaper/ReferenceFormatter.h"
-#include "quillpaper/ReferenceList.h"
-#include "quillpaper/ReferencePipeline.h"
-#include "tests/quillpaper/ReferenceSupport.h"
-#include "quillpaper/ReferenceTests.h"
+#include "quillpaper/references/AuthorNames.h"
+#include "quillpaper/references/ReferenceFormatter.h"
+#include "quillpaper/references/ReferenceList.h"
+#include "quillpaper/references/ReferencePipeline.h"
+#include "quillpaper/references/ReferenceSource.h"
+#include "tests/quillpaper/references/ReferenceSupport.h"
+#include "quillpaper/references/ReferenceTests.h"
 
 namespace quillpaper {
 namespace {
@@ -115,12 +116,17 @@ TEST(ReferencesTest, AuthorLists) {
       {"A, A., B, B., C, C., D, D., E, E., F, F., … H, H.", 7, ""},
   };
   for (const Row& r : rows) {
-    bool shortened = false;
-    const auto names = parseNames(r.in, &shortened);
-    EXPECT_EQ(names.size(), r.names) << r.in;
-    EXPECT_EQ(formatNames(names, style, shortened), *r.out ? r.out : r.in) << r.in;
+    const NameList names = readNames(r.in);
+    EXPECT_EQ(names.names.size(), r.names) << r.in;
+    EXPECT_EQ(formatNames(names, style), *r.out ? r.out : r.in) << r.in;
   }
   EXPECT_EQ(initialsOf("Lorinda Jean-Paul"), "L. J.-P.");
+  // One broken name does not shift the names after it: "Bootzin" stays a
+  // family name, never the given name of the piece before it.
+  const NameList broken = readNames("Lee, A., Bla ,arh, Bootzin, R. R., Bower, G., & Deaux, K.");
+  ASSERT_EQ(broken.names.size(), 5u);
+  EXPECT_EQ(broken.names[2], (PersonName{"Bootzin", "R. R.", ""}));
+  EXPECT_EQ(broken.names[3], (PersonName{"Bower", "G.", ""}));
 }
 
 TEST(ReferencesTest, DateAndPageTests) {
@@ -166,6 +172,27 @@ TEST(ReferencesTest, ReferenceListOrder) {
   std::vector<std::string> order;
   for (const auto& r : list) order.push_back(r.title);
   EXPECT_EQ(order, (std::vector<std::string>{"Earlier", "Later", "The middle title", "Last"}));  // "middle" before "Zed"
+}
+
+}  // namespace
+}  // namespace quillpaper
+
+namespace quillpaper {
+namespace {
+
+// Catches a data source that answers a misspelt field with Empty instead of
+// the unknown-member error, which hid a wrong name in the library.
+TEST(ReferencesTest, AMisspeltFieldIsAnUnknownMember) {
+  auto source = make<ReferenceSource>(make<FormatterSettings>(), "");
+  EXPECT_NE(source->idOfName("Periodical"), kUnknownDispId);
+  EXPECT_NE(source->idOfName("PARSECOMMON"), kUnknownDispId);
+  EXPECT_EQ(source->idOfName("Periodicl"), kUnknownDispId);
+  try {
+    callByName(ObjectRef(source), "Periodicl");
+    ADD_FAILURE() << "no error";
+  } catch (const AutomationError& e) {
+    EXPECT_EQ(e.number(), kUnknownMember);
+  }
 }
 
 }  // namespace

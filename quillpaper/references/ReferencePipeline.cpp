@@ -1,0 +1,283 @@
+#include "quillpaper/references/ReferencePipeline.h"
+
+#include "command/ClassFactory.h"
+#include "host/Array.h"
+#include "host/CallSite.h"
+#include "quillpaper/references/Corrections.h"
+#include "quillpaper/references/ReferenceFormatter.h"
+#include "quillpaper/references/ReferenceSource.h"
+#include "quillpaper/references/TypedForms.h"
+#include "quillpaper/references/WordAudit.h"
+#include "strings/ReferenceRules.h"
+#include "strings/StringUtility.h"
+
+namespace quillpaper {
+
+namespace {
+
+const QuillStrings::StringUtility& str() { return QuillStrings::strings(); }
+
+std::string yearOf(const std::string& date) {
+  for (size_t i = 0; i + 4 <= date.size(); ++i)
+    if (std::isdigit(static_cast<unsigned char>(date[i])) && std::isdigit(static_cast<unsigned char>(date[i + 1])) &&
+        std::isdigit(static_cast<unsigned char>(date[i + 2])) && std::isdigit(static_cast<unsigned char>(date[i + 3])))
+      return date.substr(i, 4);
+  return date;
+}
+
+std::string withoutLabel(std::string text, std::initializer_list<std::string_view> labels) {
+  for (std::string_view label : labels)
+    if (str().stripLeading(text, label)) return str().trimmed(text);
+  return text;
+}
+
+// The fields of the parsed entry under the names a reader of the list knows.
+// A chapter's book is its container; an author list tagged "(Ed.)" or
+// "(Eds.)" names the editors of the work.
+void readFields(const ReferenceSource& source, FormattedReference& r) {
+  const std::string tag = source.text("editorTag");
+  (tag.empty() ? r.authors : r.editors) = source.authors();
+  r.editorsLead = !tag.empty() && !r.editors.empty();
+  if (r.editors.empty()) r.editors = parseGivenFirstNames(source.text("editorStr"));
+  std::string date = source.text("publishDate");
+  if (date.empty()) date = source.text("OnlinePublishDate");
+  r.year = yearOf(date);
+  r.title = source.text("title");
+  r.containerTitle = source.text("Periodical");
+  if (r.containerTitle.empty()) r.containerTitle = source.text("subwork");
+  r.volume = withoutLabel(source.text("volume"), {"Vols.", "Vol."});
+  r.issue = source.text("Number");
+  r.pages = source.text("pageRange");
+  if (r.pages.empty()) r.pages = source.text("BookPageRange");
+  r.publisher = source.text("publisher");
+  r.place = source.text("place");
+  // "Paper presented at the meeting of …, Place" names a meeting, not a publisher.
+  if (QuillStrings::rules::isPresentation(r.publisher)) r.publisher.clear(), r.place.clear();
+  r.edition = source.text("editionBook");
+  // A review without a title of its own is known by the work it reviews.
+  if (str().beginsWith(r.title, "[Review of ") && str().endsWith(r.title, "]"))
+    r.title = str().trimmed(r.title.substr(11, r.title.size() - 12));
+  // A book in the author's place carries its edition in the title: "Van Dale
+  // groot woordenboek (2nd ed.)".
+  if (r.edition.empty() && r.authors.empty() && str().endsWith(r.title, "ed.)")) {
+    const size_t open = r.title.rfind(" (");
+    if (open != std::string::npos) {
+      r.edition = r.title.substr(open + 2, r.title.size() - open - 3);
+      r.title.erase(open);
+    }
+  }
+  if (source.addressIsDoi())
+    r.doi = source.address();
+  else
+    r.url = source.url();
+}
+
+// The words APA itself changes in an author list: given names written as
+// initials, the "&" before the last of several persons and, from eight
+// authors on, the names between the sixth and the last.
+Rewrites apaRewrites(const NameList& list, const AuthorStyle& style) {
+  Rewrites rewrites;
+  const std::vector<PersonName>& authors = list.names;
+  for (const PersonName& n : authors) {
+    if (!style.initialsOnly) break;
+    for (const std::string& word : str().split(n.given, " ", -1)) {
+      if (!hasWrittenOutGivenName(word)) continue;
+      rewrites.mayLose.push_back(word);
+      rewrites.mayAdd.push_back(initialsOf(word));
+    }
+  }
+  const bool persons = std::all_of(authors.begin(), authors.end(), [](const PersonName& n) { return !n.given.empty(); });
+  if (authors.size() >= 2 && persons && !list.etAl) rewrites.mayAdd.push_back("&");
+  const int n = static_cast<int>(authors.size());
+  if (n < style.etAlFrom || !style.ellipsis) return rewrites;
+  rewrites.mayLose.push_back("&");  // the ellipsis stands where "&" was
+  for (int k = std::max(1, style.etAlShown - 1); k < n - 1; ++k) {
+    rewrites.mayLose.push_back(authors[static_cast<size_t>(k)].family);
+    rewrites.mayLose.push_back(authors[static_cast<size_t>(k)].given);
+  }
+  return rewrites;
+}
+
+}  // namespace
+
+std::string tidyEntry(std::string_view raw) {
+  std::string text;
+  text.reserve(raw.size());
+  bool blank = false;
+  for (unsigned char c : raw) {
+    if (c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == 0x0B || c == 0x0C) {
+      blank = true;
+      continue;
+    }
+    if (c < 0x20 || c == 0x7F) continue;
+    if (blank && !text.empty()) text += ' ';
+    blank = false;
+    text += static_cast<char>(c);
+  }
+  if (str().beginsWith(text, "\xEF\xBB\xBF")) text.erase(0, 3);
+  return text;
+}
+
+namespace {
+
+// The items the entry class fills, as the template's rows ask for them.
+struct Items {
+  std::vector<std::string> plain;
+  std::vector<std::vector<TextRun>> formatted;
+  std::vector<bool> checks;
+};
+
+Items itemsOf(const ObjectRef& entry, int last, bool isFootnote) {
+  Array checks = Array::vector(0, last, VarType::Boolean);
+  if (entry->idOfName("initChecking") != kUnknownDispId)
+    callByName(entry, "initChecking", byRef(isFootnote), byRef(checks));
+  Array plain = Array::vector(0, last, VarType::String);
+  Array formatted = Array::vector(0, last, VarType::Object);
+  std::vector<Ref<FormattedText>> texts;
+  for (int i = 0; i <= last; ++i) {
+    texts.push_back(make<FormattedText>());
+    formatted.set(i, ObjectRef(texts.back()));
+  }
+  bool shortened = false;
+  callByName(entry, "toFormattedStringImpl", byRef(isFootnote), byRef(plain), byRef(formatted), byRef(shortened));
+  Items items;
+  items.plain = toStrings(plain);
+  for (int i = 0; i <= last; ++i) {
+    items.formatted.push_back(texts[static_cast<size_t>(i)]->runs());
+    items.checks.push_back(checks.get(i).toBool());
+  }
+  return items;
+}
+
+constexpr int kElectronicSource = 4;
+
+// Whether the entry is one the personal-communication rule is for.
+bool isPersonalCommunication(std::string_view entry) {
+  const std::string lower = str().lower(entry);
+  return str().contains(lower, "personal communication") || str().contains(lower, "e-mail") ||
+         str().contains(lower, "email");
+}
+
+}  // namespace
+
+ReferencePipeline::ReferencePipeline(Session& session, Options options)
+    : session_(session), options_(options), probe_(createObject("QuillFormatAPA.Periodical")) {}
+
+ReferencePipeline::~ReferencePipeline() = default;
+
+const ReferencePipeline::EntryClass& ReferencePipeline::entryClass(int type) {
+  if (auto it = classes_.find(type); it != classes_.end()) return it->second;
+  EntryClass c{make<FormatterSettings>(), {}};
+  // The edition is the template's to ask for; without it the library writes the 6th.
+  if (options_.edition == 7) c.settings->setProperty("APAEdition", Variant(int16_t{7}));
+  c.entry = callByName(session_.main2(), "ReferenceBuilder", static_cast<int16_t>(type), ObjectRef(c.settings),
+                       "quillpaper")
+                .toObject();
+  if (!c.entry) throw AutomationError(kObjectRequired, "no entry class for reference type " + std::to_string(type));
+  if (c.settings->output().lastIndex() < 0)
+    throw AutomationError(kObjectRequired, "the entry class registered no output template");
+  return classes_.emplace(type, std::move(c)).first->second;
+}
+
+FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
+  FormattedReference r;
+  r.line = line;
+  r.input = std::string(entry);
+  const bool hostSteps = options_.steps == Steps::All;
+  const size_t errorsBefore = session_.service().errors().size();
+  Ref<FormatterSettings> settings = make<FormatterSettings>();  // the entry class's, once known
+  const ObjectRef main2 = session_.main2();
+  TypedEntry typed;
+  typed.text = tidyEntry(entry);
+  if (hostSteps) typed = readTypedForms(typed.text);
+  const std::string& text = typed.text;
+  auto source = make<ReferenceSource>(settings, text);
+  if (text.empty()) {
+    r.problems.push_back("the entry is empty");
+    return r;
+  }
+  if (!str().isValidUtf8(entry)) {
+    r.problems.push_back("it holds bytes that are not UTF-8 text (the file's encoding may be another)");
+    return r;
+  }
+  try {
+    // The title first, as a periodical reads it; the classifier compares it
+    // with the entry and looks for the periodical's mark in it.
+    bool isFootnote = false;
+    std::string decorated, subTitle;
+    callByName(probe_, "FindTitleImpl", text, byRef(isFootnote), byRef(decorated), byRef(subTitle));
+    auto classify = [&](const std::string& t) {
+      std::string d = decorated, sub = subTitle;
+      return static_cast<int>(callByName(main2, "GetReferenceType", t, byRef(d), byRef(sub), ObjectRef(source)).toInteger());
+    };
+    r.type = classify(text);
+    if (hostSteps) r.type = typed.email ? kElectronicSource : corrections::type(r.type, text, decorated, classify);
+
+    const EntryClass& entryClass = this->entryClass(r.type);
+    settings = entryClass.settings;
+    source->useSettings(settings);
+    const ObjectRef& entryObject = entryClass.entry;
+    ObjectRef sourceObject(source);
+    callByName(entryObject, "setDataSource", byRef(sourceObject));
+    std::string titleStr = callByName(entryObject, "FindTitleImpl", text, byRef(isFootnote), byRef(decorated),
+                                      byRef(subTitle))
+                               .toString();
+    std::string rest = text;
+    callByName(entryObject, "parseEntry", byRef(rest), byRef(titleStr), byRef(isFootnote));
+    if (hostSteps) {
+      source->keepAccessDate(typed.accessDate);
+      source->keepSiteName(typed.siteName);
+      corrections::fields(r.type, *source, *settings);
+    }
+
+    OutputTemplate& output = settings->output();
+    Items items = itemsOf(entryObject, output.lastIndex(), isFootnote);
+    if (hostSteps) corrections::items(r.type, items.formatted);
+    r.runs = output.join(items.plain, items.formatted, items.checks);
+    if (hostSteps) {
+      corrections::runs(r.type, r.runs);
+      std::string database = typed.databaseStatement;
+      // The 7th edition names the database without "Retrieved from".
+      if (options_.edition == 7)
+        for (std::string_view label : {"Retrieved from ", "Available from "})
+          if (str().stripLeading(database, label)) break;
+      for (const std::string& after : {database, typed.trailingNote})
+        if (!after.empty()) appendRun(r.runs, " " + after, false);
+    }
+  } catch (const AutomationError& e) {
+    r.problems.push_back(e.what());
+  }
+
+  readFields(*source, r);
+  // An entry the template is told to keep out of the reference list: a
+  // personal communication, when the entry really is one.
+  const std::string disabled = settings->text("disableKey(1)");
+  const auto eq = disabled.find('=');
+  if (eq != std::string::npos && source->text(disabled.substr(0, eq)) == disabled.substr(eq + 1)) {
+    if (typed.email || isPersonalCommunication(text) || !hostSteps)
+      r.excludedBecause = settings->text("disableReason(1)") + " (" + settings->text("disableReference(1)") + ")";
+    else
+      r.problems.push_back("read as a personal communication, but it names none: an electronic source ends with its "
+                           "bracketed description (\"[Web log post]\") and its address");
+  }
+
+  if (session_.service().errors().size() > errorsBefore)
+    r.problems.push_back("the formatting library reported an error (" + session_.service().errors().back().description +
+                         " in " + session_.service().errors().back().where + ")");
+  if (r.ok() && r.title.empty() && r.authors.empty()) r.problems.push_back("no author and no title found");
+  if (r.ok() && (r.year.empty() || r.year == "n.d.") && !str().contains(text, "n.d."))
+    r.problems.push_back("no date found: APA writes the year in parentheses after the author, or \"(n.d.)\"");
+  if (r.ok() && str().trimmed(r.text()).empty()) r.problems.push_back("nothing could be formatted");
+  if (r.ok() && hostSteps) {
+    Rewrites rewrites = apaRewrites(source->authorList(), settings->authorStyle());
+    // The 7th edition leaves out a publisher's place and an e-book's format.
+    if (options_.edition == 7 && !r.publisher.empty()) rewrites.mayLose.push_back(r.place);
+    if (options_.edition == 7 && str().contains(source->text("Medium"), "version"))
+      rewrites.mayLose.push_back(source->text("Medium"));
+    const WordAudit audit = auditWords(r.input, r.text(), rewrites);
+    if (!audit.clean()) r.problems.push_back(audit.reason());
+  }
+  return r;
+}
+
+}  // namespace quillpaper

@@ -1,0 +1,130 @@
+// quillpaper refs: a reference list, as people type them, back in APA form.
+#include <optional>
+
+#include "quillpaper/CommandLine.h"
+#include "quillpaper/Commands.h"
+#include "quillpaper/Json.h"
+#include "quillpaper/references/ReferenceList.h"
+#include "quillpaper/references/ReferenceInput.h"
+#include "quillpaper/references/ReferencePipeline.h"
+#include "quillpaper/OutputFile.h"
+
+namespace quillpaper {
+
+namespace {
+
+constexpr const char* kUsage =
+    "usage: quillpaper refs [FILE|-] [--format=text|html|markdown|json|docx] [--output=FILE] [--sort]\n"
+    "                       [--edition=7|6]\n"
+    "\n"
+    "Reads a reference list, one reference per line (from FILE, or standard input when it is\n"
+    "'-' or missing; UTF-8 or UTF-16 with its byte-order mark; lines may end in LF, CRLF or CR;\n"
+    "blank lines are skipped), recognises the type of each reference, splits it into its fields\n"
+    "and writes it back in APA form, the 7th edition's unless --edition=6 asks for the 6th (either\n"
+    "edition may be typed):\n"
+    "  text      one reference a line (the default)\n"
+    "  html      a page with italics as <i> and hanging indents\n"
+    "  markdown  italics as *...*\n"
+    "  json      JSON Lines: the line number, the type (0 book or other non-periodical work,\n"
+    "            1 periodical article, 4 electronic source), every field, the formatted text and\n"
+    "            its runs\n"
+    "  docx      a References page: heading, hanging indent, double spacing, in APA order\n"
+    "No word you typed is lost: a reference that cannot be made sense of, or whose APA form\n"
+    "would lose or add a word, is kept as typed and reported on standard error with its line\n"
+    "number and the reason. --sort orders the list as APA orders a reference list (the .docx is\n"
+    "always sorted). --output writes to FILE instead of standard output (needed for docx); FILE\n"
+    "is replaced only once the whole list is written.\n";
+
+ListFormat listFormat(const std::string& name) {
+  if (name == "html") return ListFormat::Html;
+  if (name == "markdown") return ListFormat::Markdown;
+  if (name == "json") return ListFormat::Json;
+  return ListFormat::Text;
+}
+
+void report(const FormattedReference& r, std::ostream& err) {
+  if (!r.ok()) err << "quillpaper refs: line " << r.line << ": kept as typed: " << r.problems.front() << "\n";
+  if (!r.excludedBecause.empty())
+    err << "quillpaper refs: line " << r.line << ": left out of the list: " << r.excludedBecause << "\n";
+}
+
+std::string tooLong(int line) {
+  return "line " + std::to_string(line) + " is longer than " + std::to_string(kLongestEntry) +
+         " bytes: no reference is; it is kept as typed";
+}
+
+}  // namespace
+
+int refsCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
+  if (cl.flag("help")) {
+    out << kUsage;
+    return 0;
+  }
+  const std::string format = cl.option("format").value_or("text");
+  const std::optional<std::string> output = cl.option("output");
+  const bool sort = cl.flag("sort") || format == "docx";
+  const int edition = cl.edition();
+  const std::vector<std::string> files = cl.positional();
+  if (files.size() > 1) throw UsageError("one input file at most, not '" + files[1] + "'");
+  if (format != "text" && format != "html" && format != "markdown" && format != "json" && format != "docx")
+    throw UsageError("--format must be text, html, markdown, json or docx, not '" + format + "'");
+  if (format == "docx" && !output) throw UsageError("--format=docx needs --output=FILE.docx");
+  std::vector<std::filesystem::path> inputs;
+  if (!files.empty() && files[0] != "-") inputs.emplace_back(files[0]);
+  if (output) inputs.emplace_back(*output);
+  Session session(cl.diagnostics(inputs));
+  cl.finish();
+
+  const std::unique_ptr<std::istream> input = openReferenceList(files.empty() ? "-" : files[0]);
+  ReferenceReader reader(*input);
+  ReferencePipeline pipeline(session, {.edition = edition});
+  std::optional<OutputFile> file;
+  if (output) file.emplace(*output);
+  std::ostream& sink = file ? file->stream() : out;
+
+  ReferenceLine line;
+  if (sort) {
+    // A sorted list is known only once it is whole.
+    const bool docx = format == "docx";
+    SortedReferenceList list(docx ? std::nullopt : std::optional(listFormat(format)));
+    while (reader.next(line)) {
+      if (line.longLine) throw std::runtime_error(tooLong(line.number) + "; it can be listed unsorted, not sorted");
+      const FormattedReference r = pipeline.format(line.text, line.number);
+      report(r, err);
+      list.add(r);
+    }
+    if (docx) {
+      file.reset();
+      writeReferenceListDocx(list.paragraphs(), session, *output);
+      out << "wrote " << *output << "\n";
+      return session.finish(err);
+    }
+    list.write(sink);
+  } else {
+    ReferenceListWriter writer(listFormat(format), sink);
+    writer.begin();
+    while (reader.next(line)) {
+      if (line.longLine) {
+        err << "quillpaper refs: " << tooLong(line.number) << "\n";
+        writer.beginAsTyped(line.number, tooLong(line.number));
+        std::string piece = std::move(line.text);
+        do writer.asTypedPiece(piece);
+        while (reader.nextPiece(piece));
+        writer.endAsTyped();
+        continue;
+      }
+      const FormattedReference r = pipeline.format(line.text, line.number);
+      report(r, err);
+      writer.add(r);
+    }
+    writer.end();
+  }
+  if (reader.wasUtf16()) err << "quillpaper refs: the list was UTF-16; it is written in UTF-8\n";
+  if (file) {
+    file->commit();
+    out << "wrote " << *output << "\n";
+  }
+  return session.finish(err);
+}
+
+}  // namespace quillpaper

@@ -1,0 +1,325 @@
+#include "quillpaper/references/WordAudit.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <unordered_map>
+
+#include "strings/StringUtility.h"
+
+namespace quillpaper {
+
+namespace {
+
+namespace utf8 = QuillStrings::utf8;
+const QuillStrings::StringUtility& str() { return QuillStrings::strings(); }
+
+// Punctuation and symbols beyond ASCII end a word as a comma does: quotation
+// marks, dashes, the ellipsis, guillemets, arrows, CJK punctuation.
+bool isWordChar(char32_t c) {
+  if (c < 0x80) return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+  if (c & utf8::kRawByte) return true;
+  if (c >= 0xA0 && c <= 0xBF) return false;
+  if (c == 0xD7 || c == 0xF7) return false;
+  if (c >= 0x2000 && c <= 0x2BFF) return false;
+  if (c >= 0x3000 && c <= 0x303F) return false;
+  if (c >= 0xFE30 && c <= 0xFE4F) return false;
+  if (c >= 0xFF00 && c <= 0xFF0F) return false;
+  return true;
+}
+
+bool startsWithNoCase(std::string_view text, std::string_view prefix) {
+  if (text.size() < prefix.size()) return false;
+  for (size_t i = 0; i < prefix.size(); ++i)
+    if (std::tolower(static_cast<unsigned char>(text[i])) != prefix[i]) return false;
+  return true;
+}
+
+// Where a web address or DOI begins, and how much of its front is the DOI
+// prefix ("https://doi.org/", "doi: "), or npos when it is not a DOI.
+struct LinkStart {
+  bool isLink = false;
+  size_t doiPrefix = std::string_view::npos;
+};
+
+LinkStart linkAt(std::string_view rest) {
+  for (std::string_view doi : {"https://doi.org/", "http://doi.org/", "https://dx.doi.org/", "http://dx.doi.org/"})
+    if (startsWithNoCase(rest, doi)) return {true, doi.size()};
+  if (startsWithNoCase(rest, "doi:")) {
+    size_t n = 4;
+    while (n < rest.size() && rest[n] == ' ') ++n;
+    return {true, n};
+  }
+  for (std::string_view scheme : {"http://", "https://", "ftp://", "www."})
+    if (startsWithNoCase(rest, scheme)) return {true, std::string_view::npos};
+  // A bare DOI: "10.1037/a0012345".
+  if (rest.starts_with("10.") && rest.size() > 8 && std::isdigit(static_cast<unsigned char>(rest[3]))) {
+    const size_t slash = rest.find('/');
+    const size_t blank = rest.find(' ');
+    if (slash != std::string_view::npos && slash < blank && slash >= 7) return {true, 0};
+  }
+  return {};
+}
+
+// A word in lower case; ASCII ones without the full case tables.
+std::string lowerWord(std::string_view word) {
+  if (std::all_of(word.begin(), word.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+    std::string out(word);
+    for (char& c : out)
+      if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return out;
+  }
+  return str().lower(word);
+}
+
+struct Token {
+  std::string word;
+  bool period = false;  // a full stop follows it directly
+};
+
+std::vector<Token> tokenize(std::string_view text) {
+  std::vector<Token> tokens;
+  size_t i = 0;
+  while (i < text.size()) {
+    // Only a word that starts as an address or a DOI does can be one.
+    const char first = static_cast<char>(std::tolower(static_cast<unsigned char>(text[i])));
+    const bool canStartLink = first == 'h' || first == 'w' || first == 'd' || first == 'f' || first == '1';
+    const LinkStart link =
+        canStartLink && (i == 0 || text[i - 1] == ' ' || text[i - 1] == '(' || text[i - 1] == '<')
+            ? linkAt(text.substr(i))
+            : LinkStart{};
+    if (link.isLink) {
+      size_t end = i + (link.doiPrefix == std::string_view::npos ? 0 : link.doiPrefix);
+      while (end < text.size() && static_cast<unsigned char>(text[end]) > ' ') ++end;
+      std::string_view address = text.substr(i, end - i);
+      while (!address.empty() && std::string_view(".,;:)]>").find(address.back()) != std::string_view::npos)
+        address.remove_suffix(1);
+      std::string word;
+      if (link.doiPrefix != std::string_view::npos)
+        word = "doi:" + str().lower(str().trimmed(address.substr(std::min(link.doiPrefix, address.size()))));
+      else
+        word = std::string(address);
+      tokens.push_back({std::move(word), false});
+      i = end;
+      continue;
+    }
+    if (text[i] == '&') {
+      tokens.push_back({"and", false});
+      ++i;
+      continue;
+    }
+    size_t j = i;
+    const char32_t c = utf8::next(text, j);
+    if (!isWordChar(c)) {
+      i = j;
+      continue;
+    }
+    size_t end = j;
+    while (end < text.size()) {
+      size_t k = end;
+      if (!isWordChar(utf8::next(text, k))) break;
+      end = k;
+    }
+    tokens.push_back({lowerWord(text.substr(i, end - i)), end < text.size() && text[end] == '.'});
+    i = end;
+  }
+  return tokens;
+}
+
+// Labels APA writes or drops as it sees fit: abbreviations closed by a full
+// stop, and words that are labels wherever they stand.
+bool isAbbreviatedLabel(const Token& t) {
+  static constexpr std::array<std::string_view, 14> kAbbreviations = {
+      "vol", "vols", "no", "nos", "pp", "p", "iss", "ed", "eds", "edn", "trans", "comp", "comps", "rev"};
+  return t.period && std::find(kAbbreviations.begin(), kAbbreviations.end(), t.word) != kAbbreviations.end();
+}
+
+bool isLabelWord(std::string_view w) {
+  return w == "edition" || w == "volume" || w == "retrieved" || w == "accessed" || w == "viewed" || w == "url";
+}
+
+std::string ordinalOf(std::string_view w) {
+  static constexpr std::array<std::string_view, 10> kOrdinals = {"first",   "second", "third",  "fourth", "fifth",
+                                                                 "sixth",   "seventh", "eighth", "ninth", "tenth"};
+  static constexpr std::array<std::string_view, 10> kNumbered = {"1st", "2nd", "3rd", "4th", "5th",
+                                                                 "6th", "7th", "8th", "9th", "10th"};
+  for (size_t k = 0; k < kOrdinals.size(); ++k)
+    if (w == kOrdinals[k]) return std::string(kNumbered[k]);
+  return std::string(w);
+}
+
+// Whether `w` may stand in a retrieval date: "May 5, 2010", "2010-05-05".
+bool isDateWord(std::string_view w) {
+  if (!w.empty() && std::all_of(w.begin(), w.end(), [](char c) { return std::isdigit(static_cast<unsigned char>(c)); }))
+    return true;
+  static constexpr std::array<std::string_view, 24> kMonths = {
+      "january", "february", "march", "april", "may", "june", "july", "august", "september", "october", "november",
+      "december", "jan", "feb", "mar", "apr", "jun", "jul", "aug", "sep", "sept", "oct", "nov", "dec"};
+  return std::find(kMonths.begin(), kMonths.end(), w) != kMonths.end() || w == "on";
+}
+
+// The descriptions APA writes in brackets after an article's title, or
+// leaves out where the retrieval statement says it ("[Abstract]"), or
+// rewrites ("[Supplement]" as "[Supplemental material]").
+std::string withoutDescriptionLabels(std::string_view text) {
+  static constexpr std::array<std::string_view, 20> kLabels = {
+      "[abstract]", "[supplement]", "[supplemental material]", "[editorial]", "[monograph]", "[special issue]",
+      "[special section]",
+      // The electronic sources' descriptions, as each edition writes them.
+      "[web log post]", "[web log comment]", "[online forum comment]", "[online forum post]", "[video file]",
+      "[video]", "[electronic mailing list message]", "[comment]", "[blog post]", "[audio podcast]", "[podcast]",
+      "[motion picture]", "[film]"};
+  std::string out;
+  size_t i = 0;
+  while (i < text.size()) {
+    bool label = false;
+    if (text[i] == '[') {
+      for (std::string_view l : kLabels)
+        if (startsWithNoCase(text.substr(i), l)) {
+          i += l.size();
+          label = true;
+          break;
+        }
+    }
+    if (!label) out += text[i++];
+  }
+  return out;
+}
+
+std::vector<std::string> wordsOf(std::string_view text) {
+  const std::vector<Token> tokens = tokenize(withoutDescriptionLabels(text));
+  std::vector<std::string> words;
+  words.reserve(tokens.size());
+  for (size_t k = 0; k < tokens.size(); ++k) {
+    const std::string& w = tokens[k].word;
+    if (isAbbreviatedLabel(tokens[k]) || isLabelWord(w)) {
+      // "Retrieved May 5, 2010, from": the "from" of the label goes with it.
+      if (w == "retrieved" || w == "accessed" || w == "viewed") {
+        size_t j = k + 1;
+        while (j < tokens.size() && j < k + 5 && isDateWord(tokens[j].word)) ++j;
+        if (j < tokens.size() && tokens[j].word == "from") {
+          for (size_t d = k + 1; d < j; ++d) words.push_back(tokens[d].word);
+          k = j;
+        }
+      }
+      continue;
+    }
+    if (w == "available" && k + 1 < tokens.size()) {
+      const std::string& next = tokens[k + 1].word;
+      if (next == "at" || next == "from" || next == "online" || next == "via") {
+        ++k;
+        continue;
+      }
+    }
+    words.push_back(ordinalOf(w));
+  }
+  return words;
+}
+
+using Counts = std::unordered_map<std::string, int>;
+
+// What `a` has more of than `b`, in the order of `order` (`a` and `b` sorted).
+std::vector<std::string> excess(const std::vector<std::string>& a, const std::vector<std::string>& b,
+                                const std::vector<std::string>& order) {
+  std::vector<std::string> more;
+  std::set_difference(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(more));
+  if (more.empty()) return more;
+  // In the order they stand in the text: each word as many times as it is in excess.
+  Counts left;
+  for (std::string& w : more) ++left[std::move(w)];
+  std::vector<std::string> out;
+  for (const std::string& w : order) {
+    const auto it = left.find(w);
+    if (it == left.end() || it->second == 0) continue;
+    out.push_back(w);
+    --it->second;
+  }
+  return out;
+}
+
+std::vector<std::string> sorted(std::vector<std::string> words) {
+  std::sort(words.begin(), words.end());
+  return words;
+}
+
+void forgive(std::vector<std::string>& changed, const std::vector<std::string>& allowed) {
+  if (changed.empty() || allowed.empty()) return;
+  Counts budget;
+  for (const std::string& a : allowed)
+    for (std::string& w : wordsOf(a)) ++budget[std::move(w)];
+  std::erase_if(changed, [&](const std::string& w) {
+    const auto it = budget.find(w);
+    if (it == budget.end() || it->second == 0) return false;
+    --it->second;
+    return true;
+  });
+}
+
+// Punctuation that only a faulty join writes: a separator after a separator,
+// an empty pair of brackets, a label that lost its full stop ("pp, 81").
+std::vector<std::string> brokenPunctuation(std::string_view text) {
+  std::string t;
+  // An ellipsis is no doubled full stop.
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text.substr(i).starts_with(". . .")) {
+      t += "\u2026";
+      i += 4;
+    } else if (text.substr(i).starts_with("...")) {
+      t += "\u2026";
+      i += 2;
+    } else {
+      t += text[i];
+    }
+  }
+  std::vector<std::string> found;
+  for (std::string_view p : {". ,", ", ,", ",,", ", .", ",.", ". :", ". .", "..", "()", "( )", "[]", "[ ]"}) {
+    for (size_t at = t.find(p); at != std::string::npos; at = t.find(p, at + 1)) found.emplace_back(p);
+  }
+  const std::vector<Token> tokens = tokenize(t);
+  for (const Token& token : tokens) {
+    Token closed = token;
+    closed.period = true;
+    if (!token.period && isAbbreviatedLabel(closed) && token.word.size() > 1 && token.word != "no" &&
+        token.word != "ed" && token.word != "rev")
+      found.push_back(token.word + " without its full stop");
+  }
+  return found;
+}
+
+}  // namespace
+
+std::vector<std::string> comparableWords(std::string_view text) { return wordsOf(text); }
+
+WordAudit auditWords(std::string_view typed, std::string_view written, const Rewrites& rewrites) {
+  WordAudit audit;
+  const std::vector<std::string> before = wordsOf(typed);
+  const std::vector<std::string> after = wordsOf(written);
+  const std::vector<std::string> a = sorted(before);
+  const std::vector<std::string> b = sorted(after);
+  audit.lost = excess(a, b, before);
+  audit.added = excess(b, a, after);
+  forgive(audit.lost, rewrites.mayLose);
+  forgive(audit.added, rewrites.mayAdd);
+  // "In" before the editors of a book, and "n.d." for a work without a date.
+  std::erase_if(audit.added, [](const std::string& w) { return w == "in"; });
+  const std::vector<std::string> brokenAfter = brokenPunctuation(written);
+  if (!brokenAfter.empty()) audit.damaged = excess(sorted(brokenAfter), sorted(brokenPunctuation(typed)), brokenAfter);
+  return audit;
+}
+
+std::string WordAudit::reason() const {
+  auto list = [](const std::vector<std::string>& words) {
+    std::string out;
+    const size_t shown = std::min<size_t>(words.size(), 5);
+    for (size_t k = 0; k < shown; ++k) out += (k ? ", \"" : "\"") + words[k] + "\"";
+    if (words.size() > shown) out += " and " + std::to_string(words.size() - shown) + " more";
+    return out;
+  };
+  std::string out;
+  if (!lost.empty()) out += "the APA form would lose " + list(lost);
+  if (!added.empty()) out += std::string(out.empty() ? "the APA form would add " : "; it would add ") + list(added);
+  if (!damaged.empty()) out += std::string(out.empty() ? "the APA form would break " : "; it would break ") + list(damaged);
+  return out;
+}
+
+}  // namespace quillpaper

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quillpaper {
+
+// The rule that guards what people type: every word of an entry appears in
+// its APA form. Words are compared without case and punctuation; a web
+// address or DOI counts as one word ("https://doi.org/10.1/x", "doi:10.1/x"
+// and "doi: 10.1/x" are the same DOI). What APA itself rewrites does not
+// count as a change:
+//   - "and" and "&" are one word;
+//   - labels APA adds or drops: "vol.", "no.", "pp.", "p.", "ed.", "eds.",
+//     "trans.", "Retrieved … from", "Available at", "Accessed", "URL:";
+//   - "In" before the editors of a book;
+//   - ordinal words of an edition ("Second edition" is "2nd ed.");
+//   - the descriptions in brackets each edition writes in its own words
+//     ("[Supplement]", "[Web log post]", "[Video file]" / "[Video]").
+// What else the pipeline rewrites on APA's behalf (given names written as
+// initials, the names left out between the sixth and the last author) it
+// declares in `Rewrites`.
+struct Rewrites {
+  std::vector<std::string> mayLose;
+  std::vector<std::string> mayAdd;
+};
+
+struct WordAudit {
+  std::vector<std::string> lost;     // words of the entry the APA form lacks
+  std::vector<std::string> added;    // words of the APA form the entry lacks
+  std::vector<std::string> damaged;  // punctuation the APA form breaks (". ," where the entry had none)
+
+  bool clean() const { return lost.empty() && added.empty() && damaged.empty(); }
+  // One line for a reader: "would lose "Jones", "K."; would add "&"".
+  std::string reason() const;
+};
+
+WordAudit auditWords(std::string_view typed, std::string_view written, const Rewrites& rewrites = {});
+
+// The words of `text` as the audit compares them, in order.
+std::vector<std::string> comparableWords(std::string_view text);
+
+}  // namespace quillpaper

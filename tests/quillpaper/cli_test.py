@@ -1,0 +1,181 @@
+#!/usr/bin/env python3
+"""quillpaper as people run it, with the files and faults they bring: line
+ends of every system, UTF-16 exports, folders for files, full devices, links,
+permissions, traces pointed at the wrong file. Each test says what fault it
+would catch.
+
+    cli_test.py --quillpaper build/quillpaper
+"""
+import argparse
+import json
+import os
+import stat
+import subprocess
+import sys
+import tempfile
+import unittest
+
+QUILLPAPER = None
+ONE = "Lee, A. (2001). One. Journal of Things, 1, 2."
+TWO = "Smith, B. (2002). Two. Journal of Things, 3, 4."
+
+
+def run(*args, stdin=None, cwd=None):
+    return subprocess.run([QUILLPAPER, *args], input=stdin, capture_output=True, cwd=cwd)
+
+
+class InputTest(unittest.TestCase):
+    def setUp(self):
+        self.dir = tempfile.TemporaryDirectory()
+        self.path = os.path.join(self.dir.name, "refs.txt")
+
+    def tearDown(self):
+        self.dir.cleanup()
+
+    def write(self, data):
+        with open(self.path, "wb") as f:
+            f.write(data)
+
+    # Catches a file of old-Mac line ends read as one line.
+    def test_every_kind_of_line_end(self):
+        for end in (b"\n", b"\r\n", b"\r"):
+            self.write((ONE + "\n").encode().replace(b"\n", end) + TWO.encode() + end + b"\r\n" + ONE.encode())
+            done = run("refs", self.path)
+            self.assertEqual(done.returncode, 0)
+            self.assertEqual(done.stdout.decode().splitlines(), [ONE, TWO, ONE], repr(end))
+
+    # Catches UTF-16 exports read as mojibake.
+    def test_utf16_is_decoded(self):
+        for codec in ("utf-16-le", "utf-16-be"):
+            bom = b"\xff\xfe" if codec.endswith("le") else b"\xfe\xff"
+            self.write(bom + ("Lee, A. (2001). Café. Journal of Things, 1, 2.\r\n" + TWO).encode(codec))
+            done = run("refs", self.path)
+            self.assertEqual(done.stdout.decode().splitlines(),
+                             ["Lee, A. (2001). Café. Journal of Things, 1, 2.", TWO], codec)
+            self.assertIn(b"UTF-16", done.stderr)
+
+    # Catches a folder read as an empty list with success.
+    def test_a_folder_is_an_error(self):
+        done = run("refs", self.dir.name)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(b"is a folder", done.stderr)
+
+    # Catches JSON that carries bytes that are not UTF-8.
+    def test_json_is_always_utf8(self):
+        self.write(b"Lee, A. (2001). Bad \xff byte. Journal of Things, 1, 2.\n" + ONE.encode() + b"\n")
+        done = run("refs", self.path, "--format=json")
+        lines = [json.loads(line) for line in done.stdout.decode("utf-8").splitlines()]
+        self.assertEqual(len(lines), 2)
+        self.assertIn("not UTF-8", lines[0]["problems"][0])
+        self.assertEqual(lines[1]["problems"], [])
+
+    # Catches a line too long to be a reference lost, or held whole in memory.
+    def test_a_line_too_long_is_written_as_typed(self):
+        long_line = b"x" * (3 << 20)
+        self.write(ONE.encode() + b"\n" + long_line + b"\n" + TWO.encode() + b"\n")
+        done = run("refs", self.path)
+        self.assertEqual(done.stdout.split(b"\n"), [ONE.encode(), long_line, TWO.encode(), b""])
+        self.assertIn(b"line 2 is longer than", done.stderr)
+        done = run("refs", self.path, "--sort")
+        self.assertEqual(done.returncode, 1)
+
+
+class OutputTest(unittest.TestCase):
+    def setUp(self):
+        self.dir = tempfile.TemporaryDirectory()
+        self.refs = os.path.join(self.dir.name, "refs.txt")
+        with open(self.refs, "w") as f:
+            f.write(ONE + "\n" + TWO + "\n")
+
+    def tearDown(self):
+        self.dir.cleanup()
+
+    def path(self, name):
+        return os.path.join(self.dir.name, name)
+
+    # Catches output lost on a full device with success.
+    def test_a_full_standard_output_fails(self):
+        with open("/dev/full", "wb") as full:
+            done = subprocess.run([QUILLPAPER, "refs", self.refs], stdout=full, stderr=subprocess.PIPE)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(b"cannot write to standard output", done.stderr)
+
+    # Catches a device or a folder replaced by the output.
+    def test_only_regular_files_are_replaced(self):
+        for target in ("/dev/null", self.dir.name):
+            done = run("refs", self.refs, "--output=" + target)
+            self.assertEqual(done.returncode, 1, target)
+            self.assertIn(b"not a regular file", done.stderr)
+        self.assertTrue(stat.S_ISCHR(os.stat("/dev/null").st_mode))
+
+    # Catches a link replaced instead of its target, a mode lost, the umask ignored.
+    def test_links_modes_and_the_umask(self):
+        target, link = self.path("real.txt"), self.path("link.txt")
+        with open(target, "w") as f:
+            f.write("old\n")
+        os.chmod(target, 0o600)
+        os.symlink(target, link)
+        self.assertEqual(run("refs", self.refs, "--output=" + link).returncode, 0)
+        self.assertTrue(os.path.islink(link))
+        with open(target) as f:
+            self.assertEqual(f.read().splitlines(), [ONE, TWO])
+        self.assertEqual(stat.S_IMODE(os.stat(target).st_mode), 0o600)
+        hard = self.path("hard.txt")
+        os.link(target, hard)
+        self.assertEqual(run("refs", self.refs, "--output=" + hard, "--sort").returncode, 0)
+        self.assertEqual(os.stat(hard).st_ino, os.stat(target).st_ino, "the hard link stays one file")
+        fresh = self.path("fresh.txt")
+        old = os.umask(0o027)
+        try:
+            self.assertEqual(run("refs", self.refs, "--output=" + fresh).returncode, 0)
+        finally:
+            os.umask(old)
+        self.assertEqual(stat.S_IMODE(os.stat(fresh).st_mode), 0o640)
+
+    # Catches a failed write that leaves a half file or a temporary one.
+    def test_a_failed_write_leaves_the_old_file(self):
+        kept = self.path("kept.txt")
+        with open(kept, "w") as f:
+            f.write("old\n")
+        done = run("refs", self.refs, "--output=" + kept, "--format=nonsense")
+        self.assertEqual(done.returncode, 2)
+        with open(kept) as f:
+            self.assertEqual(f.read(), "old\n")
+        self.assertEqual(sorted(os.listdir(self.dir.name)), ["kept.txt", "refs.txt"])
+
+
+class DiagnosticsTest(unittest.TestCase):
+    def setUp(self):
+        self.dir = tempfile.TemporaryDirectory()
+        self.refs = os.path.join(self.dir.name, "refs.txt")
+        with open(self.refs, "w") as f:
+            f.write(ONE + "\n")
+
+    def tearDown(self):
+        self.dir.cleanup()
+
+    # Catches a trace that overwrites the list it reads, or fails in silence.
+    def test_traces_that_cannot_be_written_are_said(self):
+        done = run("refs", self.refs, "--trace=" + self.refs)
+        self.assertEqual(done.returncode, 2)
+        with open(self.refs) as f:
+            self.assertEqual(f.read(), ONE + "\n")
+        done = run("refs", self.refs, "--trace=" + os.path.join(self.dir.name, "missing", "trace.txt"))
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(b"cannot write the trace", done.stderr)
+        done = run("refs", self.refs, "--trace=/dev/full")
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(b"the trace could not be written", done.stderr)
+
+
+def main():
+    global QUILLPAPER
+    ap = argparse.ArgumentParser()
+    ap.add_argument("--quillpaper", required=True)
+    args, rest = ap.parse_known_args()
+    QUILLPAPER = os.path.abspath(args.quillpaper)
+    unittest.main(argv=[sys.argv[0], *rest])
+
+
+if __name__ == "__main__":
+    main()

@@ -132,7 +132,15 @@ std::string Main2::getMetaData(const ObjectRef& obj) {
     const Holding held(mMetaData);
     proc.step([&] { mMetaData = obj; });
     proc.step([&] { setDefaultMetadataSettings(obj); });
-    proc.step([&] { result = FormatterImplementation::getMetaData(ObjectRef(this)); });
+    // The settings name the edition they want by their "APAEdition" key.
+    int16_t edition = 6;
+    proc.step([&] {
+      const host::DictionaryRef dictionary(obj);
+      if (dictionary.Exists("APAEdition") &&
+          QuillStrings::strings().trimmed(dictionary.Item("APAEdition").toString()) == "7")
+        edition = 7;
+    });
+    proc.step([&] { result = FormatterImplementation::getMetaData(ObjectRef(this), edition); });
     proc.step([&] { mMetaData = ObjectRef(); });
     return result;
   });

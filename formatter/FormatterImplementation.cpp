@@ -1,13 +1,12 @@
 #include "formatter/FormatterImplementation.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "diagnostics/Procedure.h"
 #include "host/PaperProxies.h"
 #include "host/ReferenceProxies.h"
 #include "strings/StringUtility.h"
-
-#include <algorithm>
 
 namespace QuillFormatAPA::FormatterImplementation {
 
@@ -27,7 +26,7 @@ Array listOf(T... values) {
 
 // ---- settings --------------------------------------------------------------
 
-std::string getMetaData(const ObjectRef& settings) {
+std::string getMetaData(const ObjectRef& settings, int16_t edition) {
   std::string chapter, heading1, heading2, heading3, heading4;
   return traced(kModule, "getMetaData", params(arg("settings", settings)), [&](Procedure& proc) {
     proc.local("chapter", chapter);
@@ -47,8 +46,15 @@ std::string getMetaData(const ObjectRef& settings) {
     proc.step([&] { chapter = super.buildStyle(true, false, true, false, false, true, false); });
     proc.step([&] { heading1 = super.buildStyle(true, false, true, false, false, true, false); });
     proc.step([&] { heading2 = super.buildStyle(false, false, true, false, false, true, false); });
-    proc.step([&] { heading3 = super.buildStyle(false, true, true, false, false, true, false); });
-    proc.step([&] { heading4 = super.buildStyle(false, true, true, true, false, true, false); });
+    // The 7th edition: level 3 flush left in bold italics, level 4 indented
+    // in bold.
+    if (edition == 7) {
+      proc.step([&] { heading3 = super.buildStyle(false, false, true, true, false, true, false); });
+      proc.step([&] { heading4 = super.buildStyle(false, true, true, false, false, true, false); });
+    } else {
+      proc.step([&] { heading3 = super.buildStyle(false, true, true, false, false, true, false); });
+      proc.step([&] { heading4 = super.buildStyle(false, true, true, true, false, true, false); });
+    }
     proc.step([&] { super.addHeadings(chapter, heading1, heading2, heading3, heading4); });
     const std::pair<int16_t, const char*> last[] = {{3, "True"}, {8, "False"}, {9, "False"}, {20, "True"}};
     for (const auto& [key, value] : last) proc.step([&] { super.Add(key, value); });
@@ -110,7 +116,8 @@ void getQLRefMetaData(const ObjectRef& formatterSettings) {
               {"chapterAndWebsiteRule", ""},
               {"capitalizeSubtitle", true},
               {"bookAndArticleRule",
-               "Capitalize only the first word of the title and of the subtitle, if any, and any proper nouns. "
+               "Capitalize only the first word of the title and of the "
+               "subtitle, if any, and any proper nouns. "
                "(APA 6.29)"},
               {"capitalizeHyphenatedWord", false},
               {"sentenceCapitalization", true},
@@ -125,7 +132,9 @@ void getQLRefMetaData(const ObjectRef& formatterSettings) {
           .CloneForHeadingCapitalization(settings.outputTemplates(0), periodicalTitleTypes);
     });
 
-    reset(4, {{"cityTooltip", "City, State (e.g., Washington, DC) or City, Country (e.g., London, England)"},
+    reset(4, {{"cityTooltip",
+               "City, State (e.g., Washington, DC) or City, "
+               "Country (e.g., London, England)"},
               {"cityInBrackets", false},
               {"outputArticle", false}});
     reset(5, {{"removePublisherAbbreviations", false},
@@ -221,13 +230,19 @@ void initializeSectionInstructions(const ObjectRef& super, Array& sectionInstruc
 void initTitleInstructions(int16_t PaperType, Array& TitleInstructions) {
   traced(kModule, "initTitleInstructions",
          params(arg("PaperType", PaperType), arg("TitleInstructions", TitleInstructions)), [&](Procedure& proc) {
-           const std::string titleHint = "The recommended length for a title is no more than 12 words. (APA 2.01)^^^";
+           const std::string titleHint =
+               "The recommended length for a title is no more than 12 words. "
+               "(APA 2.01)^^^";
            const std::string authorHint =
-               "The preferred form of an author's name is first name, middle initial(s), and last name... Omit all "
-               "titles (e.g., Dr, Professor) and degrees (e.g. PhD, PsyD, EdD). (APA 2.02)^^^";
+               "The preferred form of an author's name is first name, middle "
+               "initial(s), and last name... Omit all "
+               "titles (e.g., Dr, Professor) and degrees (e.g. PhD, PsyD, "
+               "EdD). (APA 2.02)^^^";
            const std::string affiliationHint =
-               "Identifies the location where the author or authors were when the research was conducted. When an "
-               "author has no institutional affiliation, list the city and state of residence. (APA 2.02)^^^";
+               "Identifies the location where the author or authors were when "
+               "the research was conducted. When an "
+               "author has no institutional affiliation, list the city and "
+               "state of residence. (APA 2.02)^^^";
            if (PaperType >= 0 && PaperType <= 2) {
              proc.step([&] {
                TitleInstructions = stringArray(str().toStringArray(titleHint + "Title", authorHint + "Author", "College"));

@@ -15,7 +15,8 @@ namespace FormatterImplementation {
 
 // ---- settings
 // Writes the paper settings through the command object; answers "APA".
-std::string getMetaData(const ObjectRef& settings);
+// The edition (6 or 7) chooses the heading styles.
+std::string getMetaData(const ObjectRef& settings, int16_t edition = 6);
 // Fills the reference formatter's settings object with its rules.
 void getQLRefMetaData(const ObjectRef& formatterSettings);
 

@@ -1,6 +1,7 @@
 #include "PaperProxies.h"
 
 #include "CallSite.h"
+#include "ReferenceProxies.h"
 
 namespace QuillFormatAPA::host {
 
@@ -39,6 +40,11 @@ void CommandRef::IntArray(Array& words, const Array& elements) const {
 bool DictionaryRef::Exists(const Variant& key) const {
   static const CallSite site("Exists");
   return site.call(o_, key).toBool();
+}
+
+Variant DictionaryRef::Item(const Variant& key) const {
+  static const CallSite site("Item");
+  return site.call(o_, key);
 }
 
 void DictionaryRef::setItem(const Variant& key, const Variant& value) const {
@@ -82,6 +88,8 @@ int16_t DocumentBuilderRef::PaperType() const {
   return site.call(o_).toInteger();
 }
 
+int16_t DocumentBuilderRef::edition() const { return apaEdition(o_); }
+
 ObjectRef SectionRef::addPage() const {
   static const CallSite site("addPage");
   return site.call(o_).toObject();
@@ -100,6 +108,11 @@ void PageRef::addText(std::string_view text) const {
 void PageRef::addTextToggleBold(std::string_view text) const {
   static const CallSite site("addTextToggleBold");
   site.call(o_, text);
+}
+
+void PageRef::setCharacterFormat(bool toggleBold, bool italic, bool superscript) const {
+  static const CallSite site("setCharacterFormat");
+  site.call(o_, toggleBold, italic, superscript);
 }
 
 void PageRef::addCarriageReturns(int16_t count) const {

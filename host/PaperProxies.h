@@ -38,6 +38,7 @@ class DictionaryRef {
  public:
   explicit DictionaryRef(ObjectRef o) : o_(std::move(o)) {}
   bool Exists(const Variant& key) const;
+  Variant Item(const Variant& key) const;
   void setItem(const Variant& key, const Variant& value) const;
   void Add(const Variant& key, const Variant& value) const;
 
@@ -56,6 +57,9 @@ class DocumentBuilderRef {
   bool part(int32_t index) const;
   std::string UserConfigurationValue(std::string_view key) const;
   int16_t PaperType() const;
+  // The APA edition the builder asks for (its "APAEdition"), 6 when it names
+  // none.
+  int16_t edition() const;
 
  private:
   ObjectRef o_;
@@ -76,6 +80,7 @@ class PageRef {
   void addStyle(std::string_view name) const;
   void addText(std::string_view text) const;
   void addTextToggleBold(std::string_view text) const;
+  void setCharacterFormat(bool toggleBold, bool italic, bool superscript) const;
   void addCarriageReturns(int16_t count) const;
   void addEditingHint(int16_t id) const;
   void addEditingHint(int32_t id) const;

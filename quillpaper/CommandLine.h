@@ -30,7 +30,6 @@ class CommandLine {
   // --edition=6|7: the APA edition asked for; 7, the current one, by default.
   int edition();
   std::vector<std::string> positional();
-  // The diagnostics options every command has.
   // The diagnostics options; a trace that would overwrite one of `inputs`
   // (the reference list being read) is refused.
   DiagnosticsService::Options diagnostics(const std::vector<std::filesystem::path>& inputs = {});

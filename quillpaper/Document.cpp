@@ -89,13 +89,8 @@ void PageWriter::text(std::string_view text, bool toggleBold, bool italic) {
   while (start <= text.size()) {
     const size_t end = text.find_first_of("\r\n", start);
     const std::string_view piece = text.substr(start, end == std::string_view::npos ? end : end - start);
-    if (!piece.empty()) {
-      Inline i;
-      i.text = std::string(piece);
-      i.toggleBold = toggleBold;
-      i.italic = italic;
-      current().inlines.push_back(std::move(i));
-    }
+    if (!piece.empty())
+      current().inlines.push_back(formatted(Inline::Kind::Text, std::string(piece), toggleBold, italic));
     if (end == std::string_view::npos) break;
     endParagraph();
     start = end + ((text[end] == '\r' && end + 1 < text.size() && text[end + 1] == '\n') ? 2 : 1);
@@ -106,10 +101,17 @@ void PageWriter::placeholder(std::string_view text) {
   // Two placeholders in a row are two things to fill in: keep them apart.
   Paragraph& p = current();
   if (!p.inlines.empty() && p.inlines.back().kind == Inline::Kind::Placeholder) this->text(" ");
+  current().inlines.push_back(formatted(Inline::Kind::Placeholder, std::string(text), false, false));
+}
+
+Inline PageWriter::formatted(Inline::Kind kind, std::string text, bool toggleBold, bool italic) const {
   Inline i;
-  i.kind = Inline::Kind::Placeholder;
-  i.text = std::string(text);
-  current().inlines.push_back(std::move(i));
+  i.kind = kind;
+  i.text = std::move(text);
+  i.toggleBold = toggleBold != format_.toggleBold;
+  i.italic = italic || format_.italic;
+  i.superscript = format_.superscript;
+  return i;
 }
 
 void PageWriter::field(std::string code, std::string result, bool italic) {

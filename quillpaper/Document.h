@@ -24,6 +24,7 @@ struct Inline {
   std::string text;
   bool toggleBold = false;  // bold the opposite of the paragraph style
   bool italic = false;
+  bool superscript = false;
   std::string code;
   int hintId = 0;
 };
@@ -112,11 +113,22 @@ struct Document {
   std::vector<std::shared_ptr<Section>> sections;
 };
 
+// Character formatting the cursor applies to what it writes next.
+struct CharacterFormat {
+  bool toggleBold = false;
+  bool italic = false;
+  bool superscript = false;
+};
+
 // Writes into a page as the library's page calls ask: a cursor at the end of
 // the page's last paragraph.
 class PageWriter {
  public:
   explicit PageWriter(Page& page) : page_(page) {}
+
+  // Text and placeholders written from now on take `format` as well as
+  // their own (until the format is set again).
+  void setFormat(CharacterFormat format) { format_ = format; }
 
   void setStyle(Style style);
   // Text, with "\r\n" (or a lone "\r" or "\n") ending the paragraph.
@@ -135,7 +147,9 @@ class PageWriter {
   void endParagraph();
   // Starts a new paragraph unless the current one is still empty.
   void freshParagraph();
+  Inline formatted(Inline::Kind kind, std::string text, bool toggleBold, bool italic) const;
   Page& page_;
+  CharacterFormat format_;
 };
 
 }  // namespace quillpaper::doc

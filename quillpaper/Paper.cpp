@@ -4,10 +4,10 @@
 #include "quillpaper/ChapterInstructions.h"
 #include "quillpaper/SettingsDictionary.h"
 #include "quillpaper/StartupForm.h"
-#include "quillpaper/references/ReferenceList.h"
-#include "quillpaper/references/ReferencePipeline.h"
 #include "quillpaper/StatisticsTables.h"
 #include "quillpaper/docx/DocxWriter.h"
+#include "quillpaper/references/ReferenceList.h"
+#include "quillpaper/references/ReferencePipeline.h"
 
 namespace quillpaper {
 
@@ -56,8 +56,9 @@ void addTables(Session& session, PaperBuilder& builder, const std::vector<int>& 
 }
 
 // The formatted reference list goes on the references page, in APA order.
-void addReferences(Session& session, Paper& paper, const std::vector<std::pair<int, std::string>>& entries) {
-  ReferencePipeline pipeline(session);
+void addReferences(Session& session, Paper& paper, const std::vector<std::pair<int, std::string>>& entries,
+                   int edition) {
+  ReferencePipeline pipeline(session, {ReferencePipeline::Steps::All, edition});
   std::vector<FormattedReference> list;
   for (const auto& [line, entry] : entries) list.push_back(pipeline.format(entry, line));
   for (const FormattedReference& r : list) {
@@ -85,19 +86,23 @@ void addReferences(Session& session, Paper& paper, const std::vector<std::pair<i
 Paper makePaper(Session& session, const PaperRequest& request) {
   Paper paper;
   auto settings = make<SettingsDictionary>();
+  if (request.edition == 7) settings->Add("APAEdition", Variant(int16_t{7}));
   callByName(session.main2(), "getMetaData", ObjectRef(settings));
   paper.format = PaperFormat::fromSettings(*settings, isPostgraduate(request.paperType));
+  paper.format.font = request.font;
+  paper.format.fontSize = request.fontSize;
 
   PaperBuilder::Options options;
   options.outputTemplate = request.hints;
   options.paperType = request.paperType;
   options.selectedParts = request.parts;
   options.configuration = request.fields;
+  options.edition = request.edition;
   paper.builder = make<PaperBuilder>(options);
   execute(session, "InitializeBuilder", paper.builder);
   if (request.chapters > 0) addChapters(session, *paper.builder, request.chapters);
   if (!request.tables.empty()) addTables(session, *paper.builder, request.tables);
-  if (!request.references.empty()) addReferences(session, paper, request.references);
+  if (!request.references.empty()) addReferences(session, paper, request.references, request.edition);
   return paper;
 }
 

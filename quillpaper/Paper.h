@@ -15,6 +15,9 @@ namespace quillpaper {
 // What the user asked for on the command line.
 struct PaperRequest {
   int16_t paperType = 3;
+  int16_t edition = 7;                   // the APA edition: 7 or 6
+  std::string font = "Times New Roman";  // with its size in points
+  int fontSize = 12;
   std::map<std::string, std::string> fields;  // title-page fields by caption: "Title", "2nd Author", ...
   std::set<int> parts;                        // the selected parts 0 to 14
   bool hints = true;

@@ -13,6 +13,7 @@ const MemberTable& PaperBuilder::members() {
           .get<&PaperBuilder::part>("part", {"index"})
           .get<&PaperBuilder::UserConfigurationValue>("UserConfigurationValue", {"key"})
           .get<&PaperBuilder::PaperType>("PaperType")
+          .get<&PaperBuilder::APAEdition>("APAEdition")
           .build();
   return table;
 }

@@ -30,6 +30,7 @@ class PaperBuilder : public Dispatchable<PaperBuilder> {
     int16_t paperType = 3;
     std::set<int> selectedParts;                       // parts 0 to 14 the user wants
     std::map<std::string, std::string> configuration;  // "Title", "Author", ...
+    int16_t edition = 6;                               // the APA edition the paper follows
   };
   explicit PaperBuilder(Options options) : options_(std::move(options)) {}
   static const MemberTable& members();
@@ -40,6 +41,7 @@ class PaperBuilder : public Dispatchable<PaperBuilder> {
   bool part(int32_t index) const { return options_.selectedParts.count(index) > 0; }
   std::string UserConfigurationValue(const std::string& key) const;
   int16_t PaperType() const { return options_.paperType; }
+  int16_t APAEdition() const { return options_.edition; }
 
   doc::Document& document() { return document_; }
   SequenceNumbers& sequences() { return sequences_; }

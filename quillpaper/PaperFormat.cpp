@@ -32,8 +32,10 @@ PaperFormat PaperFormat::fromSettings(const SettingsDictionary& settings, bool p
   f.marginBottom = settings.number("MarginBottom", f.marginBottom);
   f.marginLeft = settings.number(postgraduate ? "MarginLeftPostgrad" : "MarginLeft", f.marginLeft);
   f.marginRight = settings.number("MarginRight", f.marginRight);
-  // APA level 5: indented, italic, not bold; the library leaves it to the template.
-  f.headings[4] = StyleRecord{false, true, false, true, false, true, false};
+  f.edition = settings.number("APAEdition", 6) == 7 ? 7 : 6;
+  // APA level 5, which the library leaves to the template: indented and
+  // italic; in the 7th edition bold as well.
+  f.headings[4] = StyleRecord{false, true, f.edition == 7, true, false, true, false};
   const Variant headings = settings.Item("headings");
   if (headings.isArray()) {
     const std::vector<std::string> records = toStrings(headings.array());

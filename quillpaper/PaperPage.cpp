@@ -10,6 +10,9 @@ const MemberTable& PaperPage::members() {
           .method<&PaperPage::addStyle>("addStyle", {"name"})
           .method<&PaperPage::addText>("addText", {"text"})
           .method<&PaperPage::addTextToggleBold>("addTextToggleBold", {"text"})
+          .method<&PaperPage::setCharacterFormat>(
+              "setCharacterFormat",
+              {optional("toggleBold", false), optional("italic", false), optional("superscript", false)})
           .method<&PaperPage::addCarriageReturns>("addCarriageReturns", {"count"})
           .method<&PaperPage::addEditingHint>("addEditingHint", {"id"})
           .method<&PaperPage::addOneClick>("addOneClick", {"text"})
@@ -28,6 +31,10 @@ void PaperPage::addStyle(const std::string& name) { writer_.setStyle(doc::styleN
 void PaperPage::addText(const std::string& text) { writer_.text(text); }
 
 void PaperPage::addTextToggleBold(const std::string& text) { writer_.text(text, true); }
+
+void PaperPage::setCharacterFormat(bool toggleBold, bool italic, bool superscript) {
+  writer_.setFormat({toggleBold, italic, superscript});
+}
 
 void PaperPage::addCarriageReturns(int16_t count) {
   if (count < 0) throw AutomationError(kInvalidProcedureCall, "a negative number of carriage returns");

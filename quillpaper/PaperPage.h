@@ -23,6 +23,9 @@ class PaperPage : public Dispatchable<PaperPage> {
   void addStyle(const std::string& name);
   void addText(const std::string& text);
   void addTextToggleBold(const std::string& text);
+  // The character formatting of what is written next (the 7th edition's
+  // bold titles, italic "Keywords:", superscript affiliation numbers).
+  void setCharacterFormat(bool toggleBold, bool italic, bool superscript);
   void addCarriageReturns(int16_t count);
   void addEditingHint(int32_t id);
   void addOneClick(const std::string& text);

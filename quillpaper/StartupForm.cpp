@@ -2,6 +2,7 @@
 
 #include <cctype>
 
+#include "builder/SeventhEdition.h"
 #include "host/Array.h"
 #include "host/CallSite.h"
 #include "quillpaper/Json.h"
@@ -23,22 +24,27 @@ const char* paperTypeName(int paperType) {
 const char* paperTypeEffect(int paperType) {
   switch (paperType) {
     case 0:
-      return "title page with title, author and college; the body opens with the paper's title and Method, "
+      return "title page with title, author and college; the body opens with the "
+             "paper's title and Method, "
              "Results and Discussion run on without page breaks";
     case 1:
     case 2:
-      return "title page with title, author and college; contents and lists of tables and figures are offered "
-             "and on by default; Introduction, Method, Results and Discussion each start a new page";
+      return "title page with title, author and college; contents and lists of "
+             "tables and figures are offered "
+             "and on by default; Introduction, Method, Results and Discussion "
+             "each start a new page";
     case 3:
-      return "title page with up to two authors and their affiliations and an author note; the body opens "
-             "with the paper's title and Method, Results and Discussion run on without page breaks";
+      return "title page with up to two authors and their affiliations and an "
+             "author note; the body opens "
+             "with the paper's title and Method, Results and Discussion run on "
+             "without page breaks";
     default: return "";
   }
 }
 
 bool isPostgraduate(int paperType) { return paperType == 1 || paperType == 2; }
 
-StartupForm StartupForm::load(const ObjectRef& main2) {
+StartupForm StartupForm::load(const ObjectRef& main2, int edition) {
   Array sections, titles, postGrad, alwaysOn, postgradDefaults;
   int16_t paperType = 3;
   callByName(main2, "getStartupFormSettings", byRef(sections), byRef(titles), byRef(postGrad), byRef(alwaysOn),
@@ -76,6 +82,14 @@ StartupForm StartupForm::load(const ObjectRef& main2) {
       form.fieldsByPaperType.push_back(fields);
     }
   }
+  if (edition == 7) {
+    form.edition = 7;
+    for (size_t p = 0; p < form.fieldsByPaperType.size(); ++p) {
+      form.fieldsByPaperType[p].clear();
+      for (const auto& f : QuillFormatAPA::DocumentBuilder::seventh::titleFields(static_cast<int>(p)))
+        form.fieldsByPaperType[p].push_back(Field{f.key, f.hint});
+    }
+  }
   return form;
 }
 
@@ -102,7 +116,8 @@ bool StartupForm::defaultFor(int index, int paperType) const {
 }
 
 std::string StartupForm::text() const {
-  std::string out = "Sections (index, caption; default on for paper types 0 1 2 3):\n";
+  std::string out = "APA edition: " + std::to_string(edition) +
+                    "\n\nSections (index, caption; default on for paper types 0 1 2 3):\n";
   for (const Section& s : sections) {
     std::string line = (s.index < 10 ? "   " : "  ") + std::to_string(s.index) + "  ";
     line += (s.code == 3 ? "  " : "") + s.caption;
@@ -122,6 +137,7 @@ std::string StartupForm::text() const {
 std::string StartupForm::json() const {
   JsonWriter w;
   w.beginObject();
+  w.key("edition").value(edition);
   w.key("sections").beginArray();
   for (const Section& s : sections) {
     w.beginObject();

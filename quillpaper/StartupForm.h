@@ -24,9 +24,11 @@ struct StartupForm {
   };
   std::vector<Section> sections;
   std::vector<std::vector<Field>> fieldsByPaperType;  // paper types 0 to 3
+  int edition = 6;                                    // the APA edition whose title pages the fields are
 
-  // Asks the command object for the form's settings.
-  static StartupForm load(const QuillFormatAPA::ObjectRef& main2);
+  // Asks the command object for the form's settings; the 7th edition's title
+  // pages have fields of their own (course, instructor, short title, ...).
+  static StartupForm load(const QuillFormatAPA::ObjectRef& main2, int edition = 6);
 
   // The section whose caption matches `name` (case-insensitive, blanks and
   // hyphens ignored: "table-of-contents", "TableOfContents"), or -1.

@@ -14,15 +14,23 @@ namespace quillpaper {
 namespace {
 
 constexpr const char* kUsage =
-    "usage: quillpaper table KIND [OUTPUT.docx]\n"
+    "usage: quillpaper table KIND [OUTPUT.docx] [--edition=7|6]\n"
     "       quillpaper table --list\n"
     "\n"
-    "Writes one of the nine sample APA statistics tables to OUTPUT.docx (default KIND.docx):\n"
-    "its number and title, the column heads, spanners and rows with horizontal rules only,\n"
-    "and its notes. KIND is the table's name as --list shows it (anova, correlation, lisrel,\n"
-    "model-comparison, multilevel-model, regression, hierarchical-multiple-regression, word,\n"
-    "noncanonical; a unique beginning will do) or its number 1 to 9.\n"
-    "'quillpaper new --table=KIND' puts tables on the tables page of a paper.\n";
+    "Writes one of the nine sample APA statistics tables to OUTPUT.docx "
+    "(default KIND.docx):\n"
+    "its number and title, the column heads, spanners and rows with horizontal "
+    "rules only,\n"
+    "and its notes. KIND is the table's name as --list shows it (anova, "
+    "correlation, lisrel,\n"
+    "model-comparison, multilevel-model, regression, "
+    "hierarchical-multiple-regression, word,\n"
+    "noncanonical; a unique beginning will do) or its number 1 to 9. In the "
+    "7th edition (the\n"
+    "default) the number is set in bold; --edition=6 writes the 6th edition's "
+    "plain number.\n"
+    "'quillpaper new --table=KIND' puts tables on the tables page of a "
+    "paper.\n";
 
 }  // namespace
 
@@ -32,6 +40,7 @@ int tableCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
     return 0;
   }
   const bool list = cl.flag("list");
+  const int edition = cl.edition();
   const std::vector<std::string> args = cl.positional();
   Session session(cl.diagnostics());
   cl.finish();
@@ -52,6 +61,7 @@ int tableCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
   const std::filesystem::path output = args.size() > 1 ? args[1] : buttons[static_cast<size_t>(index - 1)].key + ".docx";
 
   auto settings = make<SettingsDictionary>();
+  if (edition == 7) settings->Add("APAEdition", Variant(int16_t{7}));
   callByName(session.main2(), "getMetaData", ObjectRef(settings));
   std::shared_ptr<doc::TableBlock> table = buildStatisticsTable(session, index, 1);
   if (const std::string problem = session.errorSummary(); !problem.empty()) {

@@ -49,7 +49,13 @@ class BodyWriter {
       for (size_t b = 0; b < end; ++b) {
         const bool breakBefore = first && p.breakBefore;
         first = false;
-        block(p.page->blocks[b], breakBefore);
+        const doc::Paragraph* runOn = b + 1 < end ? runOnText(p.page->blocks[b], p.page->blocks[b + 1]) : nullptr;
+        if (runOn) {
+          paragraph(std::get<doc::Paragraph>(p.page->blocks[b]), breakBefore, runOn);
+          ++b;
+        } else {
+          block(p.page->blocks[b], breakBefore);
+        }
       }
     }
     // The section's properties end the body for the last section; the
@@ -96,16 +102,44 @@ class BodyWriter {
     return level > 0 && format_.headings[static_cast<size_t>(level - 1)].bold;
   }
 
-  void paragraph(const doc::Paragraph& para, bool breakBefore) {
+  // The text a run-in heading carries on its line: the body paragraph right
+  // after a heading of a level the edition runs in ("Sampling. Text...").
+  const doc::Paragraph* runOnText(const doc::Block& heading, const doc::Block& next) const {
+    const auto* h = std::get_if<doc::Paragraph>(&heading);
+    const auto* body = std::get_if<doc::Paragraph>(&next);
+    if (!h || !body || !format_.runsIn(doc::headingLevel(h->style)) || body->empty()) return nullptr;
+    if (body->style != doc::Style::Paragraph && body->style != doc::Style::Normal) return nullptr;
+    if (layout_.bookmarks.count(body) > 0) return nullptr;
+    return body;
+  }
+
+  void paragraph(const doc::Paragraph& para, bool breakBefore, const doc::Paragraph* runOn = nullptr) {
     pugi::xml_node p = newParagraph(styleId(para.style), breakBefore);
     RunWriter runs(p);
     const auto listed = layout_.bookmarks.find(&para);
     const int listedId = listed == layout_.bookmarks.end() ? -1 : nextBookmark_++;
     if (listedId >= 0) runs.bookmarkStart(listedId, listed->second);
+    inlines(runs, para, false);
+    if (listedId >= 0) runs.bookmarkEnd(listedId);
+    if (!runOn) return;
+    // A run-in heading ends with a full stop; the text after it is set as
+    // body text, not in the heading's bold or italics.
+    const std::string heading = para.plainText();
+    if (!heading.empty() && heading.find_last_of(".?!") != heading.size() - 1) runs.text(".");
+    runs.text(" ");
+    inlines(runs, *runOn, true);
+  }
+
+  void inlines(RunWriter& runs, const doc::Paragraph& para, bool asBody) {
     for (const doc::Inline& i : para.inlines) {
       RunFormat f;
-      if (i.toggleBold) f.bold = !styleIsBold(para.style);
+      if (asBody)
+        f.bold = i.toggleBold;
+      else if (i.toggleBold)
+        f.bold = !styleIsBold(para.style);
       f.italic = i.italic;
+      f.upright = asBody && !i.italic;
+      f.superscript = i.superscript;
       switch (i.kind) {
         case doc::Inline::Kind::Text: runs.text(i.text, f); break;
         case doc::Inline::Kind::Placeholder: runs.placeholder(i.text, f); break;
@@ -124,7 +158,6 @@ class BodyWriter {
           break;
       }
     }
-    if (listedId >= 0) runs.bookmarkEnd(listedId);
   }
 
   // A generated list: a field whose current result is the list's entries,

@@ -13,7 +13,7 @@ void resetControlIds() { controlIds = 0; }
 
 pugi::xml_node RunWriter::run(const RunFormat& format, const char* style) {
   pugi::xml_node r = child(parent_, "w:r");
-  const bool any = style || format.bold || format.italic || format.superscript || format.subscript;
+  const bool any = style || format.bold || format.italic || format.upright || format.superscript || format.subscript;
   if (!any) return r;
   pugi::xml_node props = child(r, "w:rPr");
   if (style) valued(props, "w:rStyle", style);
@@ -21,9 +21,14 @@ pugi::xml_node RunWriter::run(const RunFormat& format, const char* style) {
     pugi::xml_node b = child(props, "w:b");
     if (!*format.bold) attr(b, "w:val", "0");
   }
-  if (format.italic) child(props, "w:i");
-  if (format.superscript) valued(props, "w:vertAlign", "superscript");
-  else if (format.subscript) valued(props, "w:vertAlign", "subscript");
+  if (format.italic)
+    child(props, "w:i");
+  else if (format.upright)
+    attr(child(props, "w:i"), "w:val", "0");
+  if (format.superscript)
+    valued(props, "w:vertAlign", "superscript");
+  else if (format.subscript)
+    valued(props, "w:vertAlign", "subscript");
   return r;
 }
 

@@ -11,6 +11,7 @@ namespace quillpaper::docx {
 struct RunFormat {
   std::optional<bool> bold;  // unset: as the style says
   bool italic = false;
+  bool upright = false;  // not italic even where the style is
   bool superscript = false;
   bool subscript = false;
 };

@@ -1,6 +1,6 @@
 // word/styles.xml: the paper's paragraph and character styles. Everything is
-// Times New Roman 12 pt, double spaced, as APA asks; headings follow the
-// library's heading records.
+// double spaced in one font (Times New Roman 12 pt unless the paper names
+// another the 7th edition accepts); headings follow the library's records.
 #include <string>
 
 #include "quillpaper/docx/Parts.h"
@@ -85,14 +85,15 @@ std::string stylesXml(const PaperFormat& format, const PageGeometry& page) {
   XmlDocument doc;
   pugi::xml_node styles = doc.wordRoot("w:styles");
 
-  // Defaults: Times New Roman 12 pt (Liberation Serif stands in where it is
-  // missing), double spacing, nothing added between paragraphs.
+  // Defaults: the paper's font (Liberation Serif stands in for Times New
+  // Roman where it is missing), double spacing, nothing added between
+  // paragraphs.
   pugi::xml_node defaults = child(styles, "w:docDefaults");
   pugi::xml_node rDefault = child(child(defaults, "w:rPrDefault"), "w:rPr");
   pugi::xml_node fonts = child(rDefault, "w:rFonts");
-  for (const char* a : {"w:ascii", "w:hAnsi", "w:eastAsia", "w:cs"}) attr(fonts, a, "Times New Roman");
-  valued(rDefault, "w:sz", "24");
-  valued(rDefault, "w:szCs", "24");
+  for (const char* a : {"w:ascii", "w:hAnsi", "w:eastAsia", "w:cs"}) attr(fonts, a, format.font.c_str());
+  valued(rDefault, "w:sz", std::to_string(format.fontSize * 2));
+  valued(rDefault, "w:szCs", std::to_string(format.fontSize * 2));
   pugi::xml_node lang = child(rDefault, "w:lang");
   attr(lang, "w:val", "en-US");
   attr(lang, "w:eastAsia", "en-US");
@@ -117,12 +118,18 @@ std::string stylesXml(const PaperFormat& format, const PageGeometry& page) {
   attr(hanging, "w:left", kHalfInch);
   attr(hanging, "w:hanging", kHalfInch);
   valued(pPr(addStyle(styles, {"PartHeading", "Part Heading", "paragraph", "Normal", "Normal"})), "w:jc", "center");
-  valued(pPr(addStyle(styles, {"CenteredTitle", "Title of Text", "paragraph", "Normal", "Paragraph"})), "w:jc", "center");
+  // The 7th edition sets the title over the text in bold, and a table's number.
+  pugi::xml_node textTitle = addStyle(styles, {"CenteredTitle", "Title of Text", "paragraph", "Normal", "Paragraph"});
+  valued(pPr(textTitle), "w:jc", "center");
+  if (format.edition == 7) child(rPr(textTitle), "w:b");
   pugi::xml_node caption = addStyle(styles, {"Caption", "caption", "paragraph", "Normal", "Normal", -1, true});
   child(pPr(caption), "w:keepNext");
 
-  // Tables: the number and title keep with the table; cells and notes are single spaced.
-  child(pPr(addStyle(styles, {"TableNumber", "Table Number", "paragraph", "Normal", "TableTitle"})), "w:keepNext");
+  // Tables: the number and title keep with the table; cells and notes are
+  // single spaced.
+  pugi::xml_node tableNumber = addStyle(styles, {"TableNumber", "Table Number", "paragraph", "Normal", "TableTitle"});
+  child(pPr(tableNumber), "w:keepNext");
+  if (format.edition == 7) child(rPr(tableNumber), "w:b");
   child(pPr(addStyle(styles, {"TableTitle", "Table Title", "paragraph", "Normal", "Normal"})), "w:keepNext");
   spacing(pPr(addStyle(styles, {"TableText", "Table Text"})), 0, kSingleSpacing);
   pugi::xml_node small = addStyle(styles, {"TableTextSmall", "Table Text Small", "paragraph", "TableText"});

@@ -115,7 +115,9 @@ class MadePaper {
 TEST(DocxTest, SectionsHeadersAndPlaceholders) {
   PaperRequest r;
   r.paperType = 1;
-  r.fields = {{"Title", "Sleep\x01 and \xff Memory"}};  // control and malformed bytes must not break the XML
+  r.edition = 6;
+  r.fields = {{"Title", "Sleep\x01 and \xff Memory"}};  // control and malformed bytes
+                                                        // must not break the XML
   MadePaper paper(r);
   EXPECT_EQ(paper.errors(), 0u);
   // The back matter is off by default, so three of the four sections are printed.

@@ -56,6 +56,7 @@ class Rendered:
 
 
 class PaperTest(unittest.TestCase):
+    """Papers in the 6th edition, the template's own."""
     papers = {}
 
     @classmethod
@@ -74,10 +75,12 @@ class PaperTest(unittest.TestCase):
     def tearDownClass(cls):
         shutil.rmtree(cls.workdir, ignore_errors=True)
 
+    EDITION = "--edition=6"
+
     @classmethod
     def make(cls, name, *options):
         docx = os.path.join(cls.workdir, name + ".docx")
-        result = run_quillpaper("new", docx, *options, cwd=cls.workdir)
+        result = run_quillpaper("new", docx, cls.EDITION, *options, cwd=cls.workdir)
         if result.returncode != 0:
             raise AssertionError(f"quillpaper new failed: {result.stderr}")
         cls.papers[name] = Rendered(docx, cls.workdir)
@@ -154,6 +157,87 @@ class PaperTest(unittest.TestCase):
         self.assertEqual(paper.page_of("Appendix"), paper.count)
         self.assertEqual(paper.pages[0][1:], ["Sleep", "[The primary author(s) of this paper]",
                                               "[The College which grants your degree]"])
+
+
+class SeventhEditionPaperTest(unittest.TestCase):
+    """Papers in the 7th edition: student and professional title pages, the
+    running head, the abstract's keywords."""
+    papers = {}
+
+    @classmethod
+    def setUpClass(cls):
+        cls.workdir = tempfile.mkdtemp(prefix="quillpaper-render7-")
+        cls.make("student", "--paper-type=0", "--title=Sleep and Memory", "--author=Ann Lee",
+                 "--affiliation=Department of Psychology, Yale University", "--course=PSY 101: Memory",
+                 "--instructor=Dr. Bo Park", "--due-date=March 3, 2026")
+        cls.make("thesis", "--paper-type=1", "--title=Sleep and Memory", "--author=Ann Lee",
+                 "--college=Yale University")
+        cls.make("professional", "--paper-type=3", "--title=Sleep and Memory in Older Adults",
+                 "--short-title=Sleep and Memory", "--author=Ann Lee:1", "--author=Bo Park:2",
+                 "--author=Cy Diaz:1,2", "--affiliation=Yale University", "--affiliation=Brown University",
+                 "--font=Arial")
+        cls.make("one-affiliation", "--title=Sleep", "--author=Ann Lee", "--author=Bo Park",
+                 "--affiliation=Yale University", "--no-hints")
+
+    @classmethod
+    def tearDownClass(cls):
+        shutil.rmtree(cls.workdir, ignore_errors=True)
+
+    @classmethod
+    def make(cls, name, *options):
+        docx = os.path.join(cls.workdir, name + ".docx")
+        result = run_quillpaper("new", docx, *options, cwd=cls.workdir)
+        if result.returncode != 0:
+            raise AssertionError(f"quillpaper new failed: {result.stderr}")
+        cls.papers[name] = Rendered(docx, cls.workdir)
+
+    # Catches a running head on a student paper, a label anywhere, or a
+    # professional paper's short title missing from a page.
+    def test_running_heads(self):
+        for name in ("student", "thesis"):
+            paper = self.papers[name]
+            for n in range(1, paper.count + 1):
+                self.assertEqual(paper.header(n), str(n), f"{name} page {n}")
+        paper = self.papers["professional"]
+        for n in range(1, paper.count + 1):
+            self.assertEqual(paper.header(n), f"SLEEP AND MEMORY {n}", f"page {n}")
+        for paper in self.papers.values():
+            self.assertNotIn("Running head", " ".join(paper.text(n) for n in range(1, paper.count + 1)))
+
+    def test_student_title_page(self):
+        self.assertEqual(self.papers["student"].pages[0][1:], [
+            "Sleep and Memory", "Ann Lee", "Department of Psychology, Yale University", "PSY 101: Memory",
+            "Dr. Bo Park", "March 3, 2026"])
+        # Left out, the course, instructor and due date are placeholders; the college stands in for the affiliation.
+        self.assertEqual(self.papers["thesis"].pages[0][1:], [
+            "Sleep and Memory", "Ann Lee", "Yale University", "[Course number: Course name]",
+            "[Instructor's name]", "[Due date]"])
+
+    # Catches affiliations that lose their numbers, or an author note that is
+    # not on the title page.
+    def test_professional_title_page(self):
+        page = self.papers["professional"].pages[0]
+        self.assertEqual(page[1], "Sleep and Memory in Older Adults")
+        # pdftotext prints the raised numbers as ordinary digits, those that
+        # open a line on a line of their own (and not always in order).
+        self.assertEqual([line for line in page[2:8] if not line.isdigit()],
+                         ["Ann Lee1, Bo Park2, and Cy Diaz1,2", "Yale University", "Brown University", "Author Note"])
+        self.assertEqual(sorted(line for line in page[2:8] if line.isdigit()), ["1", "2"])
+        text = self.papers["professional"].text(1)
+        self.assertIn("Bo Park [https://orcid.org/0000-0000-0000-0000]", text)
+        self.assertIn("Correspondence concerning this article should be addressed to Ann Lee, Yale University,",
+                      text)
+        # One affiliation for all: no numbers.
+        self.assertEqual(self.papers["one-affiliation"].pages[0][1:4], ["Sleep", "Ann Lee and Bo Park",
+                                                                        "Yale University"])
+
+    def test_abstract_keywords_and_body(self):
+        paper = self.papers["professional"]
+        abstract = paper.page_of("Abstract")
+        self.assertEqual(abstract, 2)
+        self.assertTrue(paper.pages[1][-1].startswith("Keywords: [three to five keywords"), paper.pages[1])
+        self.assertEqual(paper.pages[2][1], "Sleep and Memory in Older Adults")
+        self.assertEqual(paper.page_of("References"), paper.count)
 
 
 class TablesTest(unittest.TestCase):

@@ -59,6 +59,25 @@ TEST(PageWriterTest, BlocksTakeTheEmptyParagraphOnly) {
   EXPECT_TRUE(page.blocks.size() == 3 && paragraphAt(page, 2).empty());
 }
 
+// A part of a .docx package, parsed.
+pugi::xml_document partOf(const std::string& bytes, const std::string& name) {
+  zip_error_t error;
+  zip_source_t* src = zip_source_buffer_create(bytes.data(), bytes.size(), 0, &error);
+  zip_t* z = zip_open_from_source(src, ZIP_RDONLY, &error);
+  pugi::xml_document doc;
+  zip_file_t* f = z ? zip_fopen(z, name.c_str(), 0) : nullptr;
+  if (f) {
+    std::string content;
+    char buf[4096];
+    zip_int64_t n;
+    while ((n = zip_fread(f, buf, sizeof buf)) > 0) content.append(buf, static_cast<size_t>(n));
+    zip_fclose(f);
+    EXPECT_TRUE(doc.load_string(content.c_str(), pugi::parse_default | pugi::parse_ws_pcdata)) << name;
+  }
+  if (z) zip_close(z);
+  return doc;
+}
+
 // A paper made through the library, as `quillpaper new` makes it.
 class MadePaper {
  public:
@@ -77,24 +96,7 @@ class MadePaper {
     bytes_ = docx::paperBytes(layout_, options);
   }
 
-  // A part of the package, parsed.
-  pugi::xml_document part(const std::string& name) const {
-    zip_error_t error;
-    zip_source_t* src = zip_source_buffer_create(bytes_.data(), bytes_.size(), 0, &error);
-    zip_t* z = zip_open_from_source(src, ZIP_RDONLY, &error);
-    pugi::xml_document doc;
-    zip_file_t* f = z ? zip_fopen(z, name.c_str(), 0) : nullptr;
-    if (f) {
-      std::string content;
-      char buf[4096];
-      zip_int64_t n;
-      while ((n = zip_fread(f, buf, sizeof buf)) > 0) content.append(buf, static_cast<size_t>(n));
-      zip_fclose(f);
-      EXPECT_TRUE(doc.load_string(content.c_str())) << name;
-    }
-    if (z) zip_close(z);
-    return doc;
-  }
+  pugi::xml_document part(const std::string& name) const { return partOf(bytes_, name); }
   size_t count(const std::string& partName, const char* xpath) const {
     return part(partName).select_nodes(xpath).size();
   }
@@ -166,6 +168,112 @@ TEST(DocxTest, WithoutHintsThereAreNoComments) {
   MadePaper paper(r);
   EXPECT_EQ(paper.count("word/document.xml", "//w:commentReference"), 0u);
   EXPECT_EQ(paper.count("[Content_Types].xml", "//*[contains(@PartName, 'comments')]"), 0u);
+}
+
+
+// What each edition's styles make of the headings, the title over the text
+// and a table's number; the font a paper asks for.
+TEST(DocxTest, StylesFollowTheEdition) {
+  struct Row {
+    int16_t edition;
+    const char* style;
+    bool indented, bold, italic;
+  };
+  const Row rows[] = {
+      {6, "Heading3", true, true, false},  {6, "Heading4", true, true, true},  {6, "Heading5", true, false, true},
+      {7, "Heading3", false, true, true},  {7, "Heading4", true, true, false}, {7, "Heading5", true, true, true},
+      {6, "CenteredTitle", false, false, false}, {7, "CenteredTitle", false, true, false},
+      {6, "TableNumber", false, false, false},   {7, "TableNumber", false, true, false},
+  };
+  for (int16_t edition : {6, 7}) {
+    PaperRequest r;
+    r.edition = edition;
+    if (edition == 7) {
+      r.font = "Arial";
+      r.fontSize = 11;
+    }
+    MadePaper paper(r);
+    const pugi::xml_document styles = paper.part("word/styles.xml");
+    for (const Row& row : rows) {
+      if (row.edition != edition) continue;
+      const std::string at = std::string("//w:style[@w:styleId='") + row.style + "']";
+      SCOPED_TRACE(std::to_string(edition) + " " + row.style);
+      EXPECT_EQ(!styles.select_nodes((at + "/w:pPr/w:ind[@w:firstLine]").c_str()).empty(), row.indented);
+      EXPECT_EQ(!styles.select_nodes((at + "/w:rPr/w:b").c_str()).empty(), row.bold);
+      EXPECT_EQ(!styles.select_nodes((at + "/w:rPr/w:i").c_str()).empty(), row.italic);
+    }
+    const pugi::xml_node font = styles.select_node("//w:rPrDefault//w:rFonts").node();
+    EXPECT_STREQ(font.attribute("w:ascii").value(), edition == 7 ? "Arial" : "Times New Roman");
+    EXPECT_STREQ(styles.select_node("//w:rPrDefault//w:sz").node().attribute("w:val").value(),
+                 edition == 7 ? "22" : "24");
+  }
+}
+
+// Catches a label in a 7th-edition header, a running head on a student
+// paper, or the title where the short title belongs.
+TEST(DocxTest, SeventhEditionHeaders) {
+  struct Row {
+    int16_t paperType;
+    const char* shortTitle;
+    const char* shown;  // the header's text before the page number
+  };
+  const Row rows[] = {{0, "", ""}, {2, "Sleep", ""}, {3, "", "SLEEP AND MEMORY IN OLDER ADULTS"}, {3, "Sleep", "SLEEP"}};
+  for (const Row& row : rows) {
+    PaperRequest r;
+    r.paperType = row.paperType;
+    r.fields = {{"Title", "Sleep and Memory in Older Adults"}};
+    if (*row.shortTitle) r.fields["Short Title"] = row.shortTitle;
+    MadePaper paper(r);
+    EXPECT_EQ(paper.errors(), 0u);
+    std::string text;
+    for (const auto& t : paper.part("word/header1.xml").select_nodes("//w:t")) text += t.node().text().as_string();
+    EXPECT_EQ(text, std::string(row.shown) + "1") << row.paperType << " " << row.shortTitle;
+  }
+}
+
+// Catches a run-in heading set as a paragraph of its own, one without its
+// full stop, or body text left in the heading's bold and italics. Which
+// levels run in depends on the edition: 3 to 5 in the 6th, 4 and 5 in the 7th.
+TEST(DocxTest, RunInHeadingsCarryTheirParagraph) {
+  for (int edition : {6, 7}) {
+    doc::Document document;
+    auto section = std::make_shared<doc::Section>();
+    auto page = std::make_shared<Page>();
+    page->part = -1;
+    PageWriter w(*page);
+    for (Style heading : {Style::Heading2, Style::Heading3, Style::Heading4, Style::Heading5}) {
+      w.setStyle(heading);
+      w.text(heading == Style::Heading5 ? "Is it over?\r\n" : "Level\r\n");
+      w.setStyle(Style::Paragraph);
+      w.text("Body text.\r\n");
+    }
+    section->pages.push_back(page);
+    document.sections.push_back(section);
+    docx::PaperOptions options;
+    options.format.edition = edition;
+    const std::string bytes =
+        docx::paperBytes(docx::Layout::of(document, [](int) { return true; }), options);
+    const pugi::xml_document body = partOf(bytes, "word/document.xml");
+    std::vector<std::string> paragraphs;
+    for (const auto& p : body.select_nodes("//w:body/w:p[w:r]")) {
+      std::string text;
+      for (const auto& t : p.node().select_nodes(".//w:t")) text += t.node().text().as_string();
+      paragraphs.push_back(std::string(p.node().select_node("w:pPr/w:pStyle").node().attribute("w:val").value()) +
+                           ": " + text);
+    }
+    const std::vector<std::string> sixth = {"Heading2: Level", "Paragraph: Body text.", "Heading3: Level. Body text.",
+                                            "Heading4: Level. Body text.", "Heading5: Is it over? Body text."};
+    const std::vector<std::string> seventh = {"Heading2: Level", "Paragraph: Body text.", "Heading3: Level",
+                                              "Paragraph: Body text.", "Heading4: Level. Body text.",
+                                              "Heading5: Is it over? Body text."};
+    EXPECT_EQ(paragraphs, edition == 6 ? sixth : seventh) << edition;
+    // The run-on text is upright and not bold whatever the heading's style.
+    const pugi::xml_node last = body.select_nodes("//w:body/w:p[w:r]")[paragraphs.size() - 1].node();
+    const pugi::xml_node bodyRun = last.select_node("w:r[w:t='Body text.']").node();
+    ASSERT_TRUE(bodyRun) << edition;
+    EXPECT_STREQ(bodyRun.select_node("w:rPr/w:b").node().attribute("w:val").value(), "0");
+    EXPECT_STREQ(bodyRun.select_node("w:rPr/w:i").node().attribute("w:val").value(), "0");
+  }
 }
 
 }  // namespace

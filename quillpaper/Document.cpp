@@ -11,7 +11,9 @@ Style nextStyle(Style style) {
     case Style::Heading5:
     case Style::PartHeading:
     case Style::Centered:
-    case Style::Caption: return Style::Normal;
+    case Style::Caption:
+    case Style::TableNumber:
+    case Style::TableTitle: return Style::Normal;
     default: return style;
   }
 }

@@ -43,6 +43,8 @@ enum class Style {
   PartHeading,    // "Table of Contents" and the like: centred, not listed
   Centered,       // a centred line that is not a heading (the title over the introduction)
   Caption,        // "Figure 1. ..." / "Table 1. ..."
+  TableNumber,    // "Table 1" over a table or figure's title (bold in the 7th edition)
+  TableTitle,     // the title under it, in italics
 };
 
 // The style the word processor gives the paragraph after one of `style`.

@@ -1,5 +1,8 @@
 #include "quillpaper/PaperPage.h"
 
+#include <cctype>
+#include <regex>
+
 #include "quillpaper/PaperBuilder.h"
 
 namespace quillpaper {
@@ -43,7 +46,7 @@ void PaperPage::addCarriageReturns(int16_t count) {
 
 void PaperPage::addEditingHint(int32_t id) { writer_.editingHint(id); }
 
-void PaperPage::addOneClick(const std::string& text) { writer_.placeholder(text); }
+void PaperPage::addOneClick(const std::string& text) { writer_.placeholder(forEdition(text)); }
 
 void PaperPage::addBookmark(const std::string& name) { writer_.bookmark(name); }
 
@@ -71,9 +74,42 @@ void PaperPage::AddCaption(const std::string& kind) {
 }
 
 void PaperPage::AddSection(const std::string& heading, const std::string& hint, bool outputTemplate) {
-  writer_.paragraph(doc::Style::Heading1, heading);
+  // A sample table or figure: "Table 1. Sample table caption." is the 6th
+  // edition's caption; the 7th sets the number in bold over a title in
+  // italic title case.
+  static const std::regex sample(R"(^(Table|Figure) ([0-9]+)\. (.*[^.])\.?$)");
+  std::smatch m;
+  if (builder_->APAEdition() == 7 && std::regex_match(heading, m, sample)) {
+    writer_.paragraph(doc::Style::TableNumber, m[1].str() + " " + m[2].str());
+    writer_.paragraph(doc::Style::TableTitle, titleCase(m[3].str()));
+  } else {
+    writer_.paragraph(doc::Style::Heading1, heading);
+  }
   writer_.setStyle(doc::Style::Paragraph);
-  if (outputTemplate) writer_.placeholder(hint);
+  if (outputTemplate) writer_.placeholder(forEdition(hint));
+}
+
+std::string PaperPage::forEdition(const std::string& hint) const {
+  if (builder_->APAEdition() != 7) return hint;
+  // The library's hints cite sections of the 6th edition's manual ("(APA
+  // 2.05)"), which the 7th numbers differently: a 7th-edition paper does
+  // without them rather than send its writer to the wrong section.
+  static const std::regex sixthEditionSection(R"( ?\(APA [0-9]\.[0-9]{2}\))");
+  return std::regex_replace(hint, sixthEditionSection, "");
+}
+
+std::string titleCase(const std::string& text) {
+  // The first word and every word of four letters or more begin with a capital.
+  std::string out = text;
+  size_t wordAt = 0;
+  for (size_t i = 0; i <= out.size(); ++i) {
+    if (i < out.size() && out[i] != ' ') continue;
+    const size_t length = i - wordAt;
+    if (length > 0 && (wordAt == 0 || length >= 4))
+      out[wordAt] = static_cast<char>(std::toupper(static_cast<unsigned char>(out[wordAt])));
+    wordAt = i + 1;
+  }
+  return out;
 }
 
 }  // namespace quillpaper

@@ -37,9 +37,15 @@ class PaperPage : public Dispatchable<PaperPage> {
   void AddSection(const std::string& heading, const std::string& hint, bool outputTemplate);
 
  private:
+  // A hint as the paper's edition has it.
+  std::string forEdition(const std::string& hint) const;
+
   Ref<PaperBuilder> builder_;
   std::shared_ptr<doc::Page> page_;
   doc::PageWriter writer_;
 };
+
+// APA's title case: "Sample table caption" gives "Sample Table Caption".
+std::string titleCase(const std::string& text);
 
 }  // namespace quillpaper

@@ -24,6 +24,8 @@ const char* styleId(doc::Style style) {
     case doc::Style::PartHeading: return "PartHeading";
     case doc::Style::Centered: return "CenteredTitle";
     case doc::Style::Caption: return "Caption";
+    case doc::Style::TableNumber: return "TableNumber";
+    case doc::Style::TableTitle: return "TableTitle";
   }
   return "Normal";
 }

@@ -130,7 +130,9 @@ std::string stylesXml(const PaperFormat& format, const PageGeometry& page) {
   pugi::xml_node tableNumber = addStyle(styles, {"TableNumber", "Table Number", "paragraph", "Normal", "TableTitle"});
   child(pPr(tableNumber), "w:keepNext");
   if (format.edition == 7) child(rPr(tableNumber), "w:b");
-  child(pPr(addStyle(styles, {"TableTitle", "Table Title", "paragraph", "Normal", "Normal"})), "w:keepNext");
+  pugi::xml_node tableTitle = addStyle(styles, {"TableTitle", "Table Title", "paragraph", "Normal", "Normal"});
+  child(pPr(tableTitle), "w:keepNext");
+  child(rPr(tableTitle), "w:i");
   spacing(pPr(addStyle(styles, {"TableText", "Table Text"})), 0, kSingleSpacing);
   pugi::xml_node small = addStyle(styles, {"TableTextSmall", "Table Text Small", "paragraph", "TableText"});
   valued(rPr(small), "w:sz", "20");

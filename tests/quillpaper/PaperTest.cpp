@@ -6,6 +6,7 @@
 
 #include "quillpaper/Document.h"
 #include "quillpaper/Paper.h"
+#include "quillpaper/PaperPage.h"
 #include "quillpaper/StartupForm.h"
 #include "quillpaper/docx/DocxWriter.h"
 
@@ -19,6 +20,12 @@ using doc::Paragraph;
 using doc::Style;
 
 const Paragraph& paragraphAt(const Page& page, size_t i) { return std::get<Paragraph>(page.blocks.at(i)); }
+
+TEST(PaperPageTest, TitleCase) {
+  EXPECT_EQ(titleCase("sample table caption"), "Sample Table Caption");
+  EXPECT_EQ(titleCase("effects of sleep on the memory of mice"), "Effects of Sleep on the Memory of Mice");
+  EXPECT_EQ(titleCase(""), "");
+}
 
 // Catches a cursor that keeps writing into the finished paragraph, or a
 // heading whose style leaks into the paragraph after it.

@@ -169,7 +169,7 @@ class SeventhEditionPaperTest(unittest.TestCase):
         cls.workdir = tempfile.mkdtemp(prefix="quillpaper-render7-")
         cls.make("student", "--paper-type=0", "--title=Sleep and Memory", "--author=Ann Lee",
                  "--affiliation=Department of Psychology, Yale University", "--course=PSY 101: Memory",
-                 "--instructor=Dr. Bo Park", "--due-date=March 3, 2026")
+                 "--instructor=Dr. Bo Park", "--due-date=March 3, 2026", "--with=tables", "--with=figures")
         cls.make("thesis", "--paper-type=1", "--title=Sleep and Memory", "--author=Ann Lee",
                  "--college=Yale University")
         cls.make("professional", "--paper-type=3", "--title=Sleep and Memory in Older Adults",
@@ -230,6 +230,19 @@ class SeventhEditionPaperTest(unittest.TestCase):
         # One affiliation for all: no numbers.
         self.assertEqual(self.papers["one-affiliation"].pages[0][1:4], ["Sleep", "Ann Lee and Bo Park",
                                                                         "Yale University"])
+
+    # Catches the 6th edition's caption line on the tables and figures pages,
+    # and hints that send a 7th-edition writer to the 6th edition's sections.
+    def test_tables_and_figures_pages_and_hints(self):
+        paper = self.papers["student"]
+        for kind in ("Table", "Figure"):
+            n = paper.page_of(f"{kind} 1")
+            self.assertIsNotNone(n, kind)
+            page = paper.pages[n - 1]
+            self.assertEqual(page[page.index(f"{kind} 1") + 1], f"Sample {kind} Caption")
+        for paper in self.papers.values():
+            whole = " ".join(paper.text(n) for n in range(1, paper.count + 1))
+            self.assertIsNone(re.search(r"APA \d\.\d\d", whole))
 
     def test_abstract_keywords_and_body(self):
         paper = self.papers["professional"]

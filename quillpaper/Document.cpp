@@ -1,5 +1,8 @@
 #include "quillpaper/Document.h"
 
+#include <algorithm>
+#include <cctype>
+
 namespace quillpaper::doc {
 
 Style nextStyle(Style style) {
@@ -156,6 +159,79 @@ void PageWriter::block(Block block) {
   // The empty paragraph the cursor was in gives way to the block.
   page_.blocks.back() = std::move(block);
   page_.blocks.emplace_back(Paragraph{});
+}
+
+namespace {
+
+bool isMinorWord(std::string_view word) {
+  static const char* minor[] = {"a",  "an", "and", "as", "at",  "but", "by", "for", "in",  "nor",
+                                "of", "off", "on", "or", "per", "so",  "the", "to", "up", "via", "yet"};
+  for (const char* m : minor)
+    if (word == m) return true;
+  return false;
+}
+
+// Title-cases `text` as the continuation of a heading: `first` says whether
+// no word has come yet (or a colon just ended one), `inWord` whether the text
+// starts inside a word.
+void titleCaseInto(std::string& text, bool& first, bool& inWord) {
+  size_t i = 0;
+  while (i < text.size()) {
+    const unsigned char c = static_cast<unsigned char>(text[i]);
+    if (c == ' ') {
+      inWord = false;
+      ++i;
+      continue;
+    }
+    size_t end = text.find(' ', i);
+    if (end == std::string::npos) end = text.size();
+    if (!inWord) {
+      // The word's first letter, after any opening punctuation: "(subject)".
+      size_t letter = i;
+      while (letter < end && !std::isalnum(static_cast<unsigned char>(text[letter])) &&
+             static_cast<unsigned char>(text[letter]) < 0x80)
+        ++letter;
+      std::string bare = text.substr(letter, end - letter);
+      while (!bare.empty() && std::ispunct(static_cast<unsigned char>(bare.back()))) bare.pop_back();
+      if (letter < end && (first || !isMinorWord(bare)))
+        text[letter] = static_cast<char>(std::toupper(static_cast<unsigned char>(text[letter])));
+      // Each part of a hyphenated word too: "Self-Report", "Well-Being".
+      for (size_t h = text.find('-', letter); h != std::string::npos && h + 1 < end; h = text.find('-', h + 1)) {
+        const size_t next = text.find_first_of("- ", h + 1);
+        if (!isMinorWord(text.substr(h + 1, std::min(next, end) - h - 1)))
+          text[h + 1] = static_cast<char>(std::toupper(static_cast<unsigned char>(text[h + 1])));
+      }
+      first = false;
+    }
+    first = text[end - 1] == ':';
+    inWord = end == text.size();
+    i = end;
+  }
+}
+
+}  // namespace
+
+std::string titleCase(std::string_view text) {
+  std::string out(text);
+  bool first = true, inWord = false;
+  titleCaseInto(out, first, inWord);
+  return out;
+}
+
+void titleCaseHeadings(Document& document) {
+  for (auto& section : document.sections)
+    for (auto& page : section->pages)
+      for (Block& block : page->blocks) {
+        auto* p = std::get_if<Paragraph>(&block);
+        if (!p || headingLevel(p->style) == 0) continue;
+        bool first = true, inWord = false;
+        for (Inline& i : p->inlines) {
+          if (i.kind == Inline::Kind::Text)
+            titleCaseInto(i.text, first, inWord);
+          else if (i.kind != Inline::Kind::Bookmark && i.kind != Inline::Kind::EditingHint)
+            first = inWord = false;
+        }
+      }
 }
 
 }  // namespace quillpaper::doc

@@ -154,4 +154,13 @@ class PageWriter {
   CharacterFormat format_;
 };
 
+// APA's title case: major words capitalised, the short minor ones (articles,
+// conjunctions and prepositions of three letters or fewer) not, unless they
+// open the title or follow a colon: "Sample size, power, and precision"
+// gives "Sample Size, Power, and Precision".
+std::string titleCase(std::string_view text);
+// The text of every heading in title case, as the 7th edition sets all five
+// levels; placeholders stay as they are.
+void titleCaseHeadings(Document& document);
+
 }  // namespace quillpaper::doc

@@ -81,7 +81,7 @@ void PaperPage::AddSection(const std::string& heading, const std::string& hint, 
   std::smatch m;
   if (builder_->APAEdition() == 7 && std::regex_match(heading, m, sample)) {
     writer_.paragraph(doc::Style::TableNumber, m[1].str() + " " + m[2].str());
-    writer_.paragraph(doc::Style::TableTitle, titleCase(m[3].str()));
+    writer_.paragraph(doc::Style::TableTitle, doc::titleCase(m[3].str()));
   } else {
     writer_.paragraph(doc::Style::Heading1, heading);
   }
@@ -96,20 +96,6 @@ std::string PaperPage::forEdition(const std::string& hint) const {
   // without them rather than send its writer to the wrong section.
   static const std::regex sixthEditionSection(R"( ?\(APA [0-9]\.[0-9]{2}\))");
   return std::regex_replace(hint, sixthEditionSection, "");
-}
-
-std::string titleCase(const std::string& text) {
-  // The first word and every word of four letters or more begin with a capital.
-  std::string out = text;
-  size_t wordAt = 0;
-  for (size_t i = 0; i <= out.size(); ++i) {
-    if (i < out.size() && out[i] != ' ') continue;
-    const size_t length = i - wordAt;
-    if (length > 0 && (wordAt == 0 || length >= 4))
-      out[wordAt] = static_cast<char>(std::toupper(static_cast<unsigned char>(out[wordAt])));
-    wordAt = i + 1;
-  }
-  return out;
 }
 
 }  // namespace quillpaper

@@ -45,7 +45,4 @@ class PaperPage : public Dispatchable<PaperPage> {
   doc::PageWriter writer_;
 };
 
-// APA's title case: "Sample table caption" gives "Sample Table Caption".
-std::string titleCase(const std::string& text);
-
 }  // namespace quillpaper

@@ -6,7 +6,6 @@
 
 #include "quillpaper/Document.h"
 #include "quillpaper/Paper.h"
-#include "quillpaper/PaperPage.h"
 #include "quillpaper/StartupForm.h"
 #include "quillpaper/docx/DocxWriter.h"
 
@@ -21,10 +20,32 @@ using doc::Style;
 
 const Paragraph& paragraphAt(const Page& page, size_t i) { return std::get<Paragraph>(page.blocks.at(i)); }
 
-TEST(PaperPageTest, TitleCase) {
-  EXPECT_EQ(titleCase("sample table caption"), "Sample Table Caption");
-  EXPECT_EQ(titleCase("effects of sleep on the memory of mice"), "Effects of Sleep on the Memory of Mice");
-  EXPECT_EQ(titleCase(""), "");
+// APA's title case, and headings title-cased across their pieces (the
+// references heading is written around its bookmark).
+TEST(PageWriterTest, TitleCase) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"sample table caption", "Sample Table Caption"},
+      {"Sample size, power, and precision", "Sample Size, Power, and Precision"},
+      {"Participant (subject) characteristics", "Participant (Subject) Characteristics"},
+      {"the role of sex in memory: a review", "The Role of Sex in Memory: A Review"},
+      {"well-being at work and self-report", "Well-Being at Work and Self-Report"},
+      {"", ""},
+  };
+  for (const auto& [in, out] : rows) EXPECT_EQ(doc::titleCase(in), out) << in;
+
+  doc::Document document;
+  auto section = std::make_shared<doc::Section>();
+  auto page = std::make_shared<Page>();
+  PageWriter w(*page);
+  w.setStyle(Style::Heading2);
+  w.text("Refer");
+  w.bookmark("References");
+  w.text("ences and results\r\nbody text stays\r\n");
+  section->pages.push_back(page);
+  document.sections.push_back(section);
+  doc::titleCaseHeadings(document);
+  EXPECT_EQ(paragraphAt(*page, 0).plainText(), "References and Results");
+  EXPECT_EQ(paragraphAt(*page, 1).plainText(), "body text stays");
 }
 
 // Catches a cursor that keeps writing into the finished paragraph, or a

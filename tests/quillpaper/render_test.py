@@ -251,6 +251,9 @@ class SeventhEditionPaperTest(unittest.TestCase):
         self.assertTrue(paper.pages[1][-1].startswith("Keywords: [three to five keywords"), paper.pages[1])
         self.assertEqual(paper.pages[2][1], "Sleep and Memory in Older Adults")
         self.assertEqual(paper.page_of("References"), paper.count)
+        # Headings in title case, at every level.
+        self.assertIsNotNone(paper.page_of("Sample Size, Power, and Precision"))
+        self.assertIsNotNone(paper.page_of("Participant (Subject) Characteristics"))
 
 
 class TablesTest(unittest.TestCase):

@@ -186,6 +186,20 @@ class HostObjectTest(unittest.TestCase):
         self.assertEqual(settings.Item["MarginTop"], "72")
         self.assertIn(1, settings.Item, "integer keys stay integers")
 
+    # The edition is a key like any other: the 7th edition's level 3 heading
+    # is flush left in bold italics, the 6th's indented in bold.
+    def test_the_edition_is_a_key_of_the_settings(self):
+        records = {}
+        for edition in (None, 6, 7):
+            settings = Dictionary()
+            if edition:
+                settings.Item["APAEdition"] = edition
+            qfa.Main2().getMetaData(settings)
+            records[edition] = settings.Item["headings"][3].split("\x08")[:4]
+        self.assertEqual(records[None], ["False", "True", "True", "False"])
+        self.assertEqual(records[6], records[None])
+        self.assertEqual(records[7], ["False", "False", "True", "True"])
+
     def test_python_errors_reach_the_diagnostics_service(self):
         class Refusing(Dictionary):
             def add(self, key, value):

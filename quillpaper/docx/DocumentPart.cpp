@@ -33,11 +33,19 @@ const char* styleId(doc::Style style) {
 class BodyWriter {
  public:
   BodyWriter(pugi::xml_node body, const Layout& layout, const PaperFormat& format, const PageGeometry& page,
-             bool editingHints)
-      : body_(body), layout_(layout), format_(format), page_(page), editingHints_(editingHints) {}
+             bool editingHints, std::string& written)
+      : body_(body), layout_(layout), format_(format), page_(page), editingHints_(editingHints), out_(written) {}
+
+  // Serialises what the body holds so far and lets go of it, so that a long
+  // reference list never stands in memory as one tree.
+  void flush() {
+    while (pugi::xml_node n = body_.first_child()) {
+      n.print(out_, "", pugi::format_raw, pugi::encoding_utf8);
+      body_.remove_child(n);
+    }
+  }
 
   void section(const Layout::SectionRef& s, size_t index, const std::string& headerId, bool last) {
-    std::vector<const doc::Paragraph*> pending;
     for (const Layout::PageRef& p : s.pages) {
       // A page keeps no blank paragraphs at its end: they could only push
       // the next page's content along.
@@ -58,6 +66,7 @@ class BodyWriter {
         } else {
           block(p.page->blocks[b], breakBefore);
         }
+        flush();
       }
     }
     // The section's properties end the body for the last section; the
@@ -66,6 +75,7 @@ class BodyWriter {
     // makes LibreOffice run that paragraph into the next section.)
     pugi::xml_node holder = last ? body_ : sectionBreakParagraph();
     sectionProperties(holder, index, headerId);
+    flush();
   }
 
  private:
@@ -224,6 +234,7 @@ class BodyWriter {
   const PaperFormat& format_;
   const PageGeometry& page_;
   bool editingHints_;
+  StringWriter out_;
   int nextBookmark_ = 0;
 };
 
@@ -233,12 +244,23 @@ std::string documentXml(const Layout& layout, const PaperFormat& format, const P
                         const std::vector<std::string>& headerIds, bool editingHints, std::vector<int>& hints) {
   XmlDocument doc;
   pugi::xml_node body = child(doc.wordRoot("w:document"), "w:body");
-  BodyWriter writer(body, layout, format, page, editingHints);
+  // The document's frame first, with a marker where the body's content goes;
+  // the content is then written straight after the frame's first half.
+  constexpr std::string_view kMarker = "<!--body-->";
+  body.append_child(pugi::node_comment).set_value("body");
+  std::string xml = doc.str();
+  body.remove_child(body.first_child());
+  const size_t at = xml.find(kMarker);
+  const std::string end = xml.substr(at + kMarker.size());
+  xml.erase(at);
+  BodyWriter writer(body, layout, format, page, editingHints, xml);
   for (size_t i = 0; i < layout.sections.size(); ++i)
     writer.section(layout.sections[i], i, headerIds[i], i + 1 == layout.sections.size());
   if (layout.sections.empty()) child(body, "w:p");
+  writer.flush();
   hints = writer.hints;
-  return doc.str();
+  xml += end;
+  return xml;
 }
 
 }  // namespace quillpaper::docx

@@ -40,13 +40,13 @@ std::string paperBytes(const Layout& layout, const PaperOptions& options) {
   }
 
   std::vector<int> hints;
-  const std::string body = documentXml(layout, options.format, geometry, headerIds, options.editingHints, hints);
+  std::string body = documentXml(layout, options.format, geometry, headerIds, options.editingHints, hints);
   bool hasLists = false;
   for (const auto& s : layout.sections)
     for (const auto& p : s.pages)
       for (const doc::Block& b : p.page->blocks) hasLists |= std::holds_alternative<doc::GeneratedList>(b);
 
-  package.addPart(documentPath, wordml("document.main+xml"), body);
+  package.addPart(documentPath, wordml("document.main+xml"), std::move(body));
   package.addPart("word/styles.xml", wordml("styles+xml"), stylesXml(options.format, geometry));
   package.addPart("word/settings.xml", wordml("settings+xml"), settingsXml(hasLists));
   package.addPart("word/fontTable.xml", wordml("fontTable+xml"), fontTableXml());

@@ -73,11 +73,14 @@ std::string Package::relationshipsXml(const std::vector<Relationship>& rels) {
 }
 
 std::string Package::bytes() const {
-  std::vector<std::pair<std::string, std::string>> entries;
-  entries.emplace_back("[Content_Types].xml", contentTypesXml());
-  entries.emplace_back("_rels/.rels", relationshipsXml(packageRels_));
+  // The parts themselves are not copied: a reference list's body can be large.
+  std::vector<std::pair<std::string, std::string>> generated;
+  generated.emplace_back("[Content_Types].xml", contentTypesXml());
+  generated.emplace_back("_rels/.rels", relationshipsXml(packageRels_));
   for (const PartRels& p : partRels_)
-    entries.emplace_back(folderOf(p.source) + "_rels/" + fileOf(p.source) + ".rels", relationshipsXml(p.rels));
+    generated.emplace_back(folderOf(p.source) + "_rels/" + fileOf(p.source) + ".rels", relationshipsXml(p.rels));
+  std::vector<std::pair<const std::string&, const std::string&>> entries;
+  for (const auto& [name, content] : generated) entries.emplace_back(name, content);
   for (const Part& p : parts_) entries.emplace_back(p.path, p.content);
 
   zip_error_t error;

@@ -26,9 +26,10 @@ pugi::xml_node XmlDocument::wordRoot(const char* name) {
 }
 
 std::string XmlDocument::str() const {
-  std::ostringstream out;
-  doc_.save(out, "", pugi::format_raw, pugi::encoding_utf8);
-  return out.str();
+  std::string out;
+  StringWriter writer(out);
+  doc_.save(writer, "", pugi::format_raw, pugi::encoding_utf8);
+  return out;
 }
 
 pugi::xml_node valued(pugi::xml_node parent, const char* name, std::string_view value) {

@@ -23,6 +23,16 @@ class XmlDocument {
   pugi::xml_document doc_;
 };
 
+// A pugixml writer appending to a string.
+class StringWriter : public pugi::xml_writer {
+ public:
+  explicit StringWriter(std::string& out) : out_(out) {}
+  void write(const void* data, size_t size) override { out_.append(static_cast<const char*>(data), size); }
+
+ private:
+  std::string& out_;
+};
+
 // Text that XML 1.0 can carry: control characters dropped, malformed UTF-8
 // replaced by U+FFFD.
 std::string xmlSafe(std::string_view text);

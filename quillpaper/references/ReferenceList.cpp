@@ -270,8 +270,9 @@ std::vector<doc::Paragraph> SortedReferenceList::paragraphs() {
 }
 
 void writeReferenceListDocx(std::vector<doc::Paragraph> paragraphs, Session& session,
-                            const std::filesystem::path& path) {
+                            const std::filesystem::path& path, int edition) {
   auto settings = make<SettingsDictionary>();
+  if (edition == 7) settings->Add("APAEdition", Variant(int16_t{7}));
   callByName(session.main2(), "getMetaData", ObjectRef(settings));
   doc::Document document;
   auto section = std::make_shared<doc::Section>();
@@ -279,8 +280,8 @@ void writeReferenceListDocx(std::vector<doc::Paragraph> paragraphs, Session& ses
   page->part = -1;
   doc::PageWriter w(*page);
   w.setStyle(doc::Style::Heading1);
-  // The label of the list, centred and not bold, as APA sets it.
-  w.text("References\r\n", true);
+  // The label of the list, centred; bold in the 7th edition, not in the 6th.
+  w.text("References\r\n", edition != 7);
   for (doc::Paragraph& p : paragraphs) page->blocks.emplace_back(std::move(p));
   paragraphs.clear();
   section->pages.push_back(page);

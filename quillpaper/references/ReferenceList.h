@@ -76,8 +76,8 @@ inline void writeJsonLines(const std::vector<FormattedReference>& r, std::ostrea
 
 // The list as paragraphs of the reference-list style.
 std::vector<doc::Paragraph> referenceParagraphs(const std::vector<FormattedReference>& references);
-// A .docx with the References page.
+// A .docx with the References page, its label as the edition (6 or 7) sets it.
 void writeReferenceListDocx(std::vector<doc::Paragraph> paragraphs, Session& session,
-                            const std::filesystem::path& path);
+                            const std::filesystem::path& path, int edition);
 
 }  // namespace quillpaper

@@ -95,7 +95,7 @@ int refsCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
     }
     if (docx) {
       file.reset();
-      writeReferenceListDocx(list.paragraphs(), session, *output);
+      writeReferenceListDocx(list.paragraphs(), session, *output, edition);
       out << "wrote " << *output << "\n";
       return session.finish(err);
     }

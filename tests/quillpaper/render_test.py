@@ -416,6 +416,15 @@ class RefsTest(unittest.TestCase):
         self.assertTrue(lines[-1].startswith("Zed, A. (2001)") or "Zed, A." in " ".join(lines))
         self.assertLess(" ".join(lines).find("Abel"), " ".join(lines).find("just some words"))
         self.assertLess(" ".join(lines).find("just some words"), " ".join(lines).find("Zed"))
+        # The label: not bold in the 6th edition, bold (as the heading style) in the 7th.
+        self.assertIn('<w:b w:val="0"/></w:rPr><w:t xml:space="preserve">References', xml)
+        path7 = os.path.join(self.workdir, "refs7.docx")
+        result = run_quillpaper("refs", self.input, "--format=docx", "--output=" + path7, cwd=self.workdir)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        with zipfile.ZipFile(path7) as z:
+            xml7 = z.read("word/document.xml").decode("utf-8")
+        self.assertIn('<w:r><w:t xml:space="preserve">References', xml7)
+        self.assertIn("https://doi.org/10.1037/a0012", xml7)
 
 
 class OutputTest(unittest.TestCase):

@@ -33,7 +33,7 @@ const char* styleId(doc::Style style) {
 class BodyWriter {
  public:
   BodyWriter(pugi::xml_node body, const Layout& layout, const PaperFormat& format, const PageGeometry& page,
-             bool editingHints, std::string& written)
+             bool editingHints, pugi::xml_writer& written)
       : body_(body), layout_(layout), format_(format), page_(page), editingHints_(editingHints), out_(written) {}
 
   // Serialises what the body holds so far and lets go of it, so that a long
@@ -234,32 +234,33 @@ class BodyWriter {
   const PaperFormat& format_;
   const PageGeometry& page_;
   bool editingHints_;
-  StringWriter out_;
+  pugi::xml_writer& out_;
   int nextBookmark_ = 0;
 };
 
 }  // namespace
 
-std::string documentXml(const Layout& layout, const PaperFormat& format, const PageGeometry& page,
-                        const std::vector<std::string>& headerIds, bool editingHints, std::vector<int>& hints) {
+Spool documentXml(const Layout& layout, const PaperFormat& format, const PageGeometry& page,
+                  const std::vector<std::string>& headerIds, bool editingHints, std::vector<int>& hints) {
   XmlDocument doc;
   pugi::xml_node body = child(doc.wordRoot("w:document"), "w:body");
   // The document's frame first, with a marker where the body's content goes;
-  // the content is then written straight after the frame's first half.
+  // the content is written between the frame's two halves.
   constexpr std::string_view kMarker = "<!--body-->";
   body.append_child(pugi::node_comment).set_value("body");
-  std::string xml = doc.str();
+  const std::string frame = doc.str();
   body.remove_child(body.first_child());
-  const size_t at = xml.find(kMarker);
-  const std::string end = xml.substr(at + kMarker.size());
-  xml.erase(at);
+  const size_t at = frame.find(kMarker);
+  Spool xml;
+  xml.append(std::string_view(frame).substr(0, at));
   BodyWriter writer(body, layout, format, page, editingHints, xml);
   for (size_t i = 0; i < layout.sections.size(); ++i)
     writer.section(layout.sections[i], i, headerIds[i], i + 1 == layout.sections.size());
   if (layout.sections.empty()) child(body, "w:p");
   writer.flush();
   hints = writer.hints;
-  xml += end;
+  xml.append(std::string_view(frame).substr(at + kMarker.size()));
+  xml.finish();
   return xml;
 }
 

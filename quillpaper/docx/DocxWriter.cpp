@@ -40,7 +40,7 @@ std::string paperBytes(const Layout& layout, const PaperOptions& options) {
   }
 
   std::vector<int> hints;
-  std::string body = documentXml(layout, options.format, geometry, headerIds, options.editingHints, hints);
+  Spool body = documentXml(layout, options.format, geometry, headerIds, options.editingHints, hints);
   bool hasLists = false;
   for (const auto& s : layout.sections)
     for (const auto& p : s.pages)

@@ -1,5 +1,6 @@
 #include "quillpaper/docx/Package.h"
 
+#include <unistd.h>
 #include <zip.h>
 
 #include <cstdio>
@@ -31,7 +32,11 @@ std::string fileOf(const std::string& path) {
 }  // namespace
 
 void Package::addPart(std::string path, std::string contentType, std::string content) {
-  parts_.push_back({std::move(path), std::move(contentType), std::move(content)});
+  parts_.push_back({std::move(path), std::move(contentType), std::move(content), nullptr});
+}
+
+void Package::addPart(std::string path, std::string contentType, Spool content) {
+  parts_.push_back({std::move(path), std::move(contentType), {}, std::make_shared<Spool>(std::move(content))});
 }
 
 void Package::relate(const std::string& sourcePath, Relationship r) {
@@ -79,9 +84,15 @@ std::string Package::bytes() const {
   generated.emplace_back("_rels/.rels", relationshipsXml(packageRels_));
   for (const PartRels& p : partRels_)
     generated.emplace_back(folderOf(p.source) + "_rels/" + fileOf(p.source) + ".rels", relationshipsXml(p.rels));
-  std::vector<std::pair<const std::string&, const std::string&>> entries;
-  for (const auto& [name, content] : generated) entries.emplace_back(name, content);
-  for (const Part& p : parts_) entries.emplace_back(p.path, p.content);
+  struct Entry {
+    const std::string& name;
+    const std::string& content;
+    std::FILE* file;  // the content, when it was spooled to a file
+  };
+  std::vector<Entry> entries;
+  for (const auto& [name, content] : generated) entries.push_back({name, content, nullptr});
+  for (const Part& p : parts_)
+    entries.push_back({p.path, p.spooled ? p.spooled->text() : p.content, p.spooled ? p.spooled->file() : nullptr});
 
   zip_error_t error;
   zip_error_init(&error);
@@ -93,8 +104,18 @@ std::string Package::bytes() const {
     throw std::runtime_error("cannot create the zip archive");
   }
   zip_source_keep(buffer);
-  for (const auto& [name, content] : entries) {
-    zip_source_t* s = zip_source_buffer(archive, content.data(), content.size(), 0);
+  for (const auto& [name, content, file] : entries) {
+    // A spooled part is read from its own handle on the temporary file, which libzip closes.
+    std::FILE* own = file ? fdopen(dup(fileno(file)), "rb") : nullptr;
+    if (own) std::rewind(own);
+    if (file && !own) {
+      zip_discard(archive);
+      zip_source_free(buffer);
+      throw std::runtime_error("cannot read back the temporary file of " + name);
+    }
+    zip_source_t* s = own ? zip_source_filep(archive, own, 0, -1)
+                          : zip_source_buffer(archive, content.data(), content.size(), 0);
+    if (own && !s) std::fclose(own);
     const zip_int64_t index = s ? zip_file_add(archive, name.c_str(), s, ZIP_FL_ENC_UTF_8) : -1;
     if (index < 0) {
       if (s) zip_source_free(s);

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
+
+#include "quillpaper/docx/Xml.h"
 
 namespace quillpaper::docx {
 
@@ -19,6 +22,8 @@ class Package {
 
   // Adds a part; `path` without a leading slash ("word/document.xml").
   void addPart(std::string path, std::string contentType, std::string content);
+  // Adds a part whose content was spooled (kept in memory or in a temporary file).
+  void addPart(std::string path, std::string contentType, Spool content);
   // A relationship of the package itself (from "/_rels/.rels").
   void relatePackage(Relationship r) { packageRels_.push_back(std::move(r)); }
   // A relationship of the part at `sourcePath`.
@@ -35,6 +40,7 @@ class Package {
     std::string path;
     std::string contentType;
     std::string content;
+    std::shared_ptr<Spool> spooled;  // instead of `content`
   };
   struct PartRels {
     std::string source;

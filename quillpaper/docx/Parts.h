@@ -7,6 +7,7 @@
 #include "quillpaper/Document.h"
 #include "quillpaper/PaperFormat.h"
 #include "quillpaper/docx/Layout.h"
+#include "quillpaper/docx/Xml.h"
 
 // One writer per part of the .docx, each returning the part's XML.
 namespace quillpaper::docx {
@@ -36,8 +37,9 @@ std::string editingHintText(int id);
 
 // The document body from the laid-out paper; `headerIds` gives each rendered
 // section's header relationship id (empty: linked to the previous section).
-// `hints` receives the editing hints in the order of their comments.
-std::string documentXml(const Layout& layout, const PaperFormat& format, const PageGeometry& page,
-                        const std::vector<std::string>& headerIds, bool editingHints, std::vector<int>& hints);
+// `hints` receives the editing hints in the order of their comments. A long
+// body is spooled to a temporary file rather than held in memory.
+Spool documentXml(const Layout& layout, const PaperFormat& format, const PageGeometry& page,
+                  const std::vector<std::string>& headerIds, bool editingHints, std::vector<int>& hints);
 
 }  // namespace quillpaper::docx

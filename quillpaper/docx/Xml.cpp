@@ -1,6 +1,9 @@
 #include "quillpaper/docx/Xml.h"
 
+#include <cerrno>
+#include <cstring>
 #include <sstream>
+#include <stdexcept>
 
 namespace quillpaper::docx {
 
@@ -23,6 +26,26 @@ pugi::xml_node XmlDocument::wordRoot(const char* name) {
   r.append_attribute("xmlns:w") = kWordNs;
   r.append_attribute("xmlns:r") = kRelNs;
   return r;
+}
+
+void Spool::write(const void* data, size_t size) {
+  if (!file_ && text_.size() + size > limit_) {
+    file_.reset(std::tmpfile());
+    if (!file_ || (!text_.empty() && std::fwrite(text_.data(), 1, text_.size(), file_.get()) != text_.size()))
+      throw std::runtime_error(std::string("cannot write a temporary file: ") + std::strerror(errno));
+    std::string().swap(text_);
+  }
+  if (!file_) {
+    text_.append(static_cast<const char*>(data), size);
+    return;
+  }
+  if (std::fwrite(data, 1, size, file_.get()) != size)
+    throw std::runtime_error(std::string("cannot write a temporary file: ") + std::strerror(errno));
+}
+
+void Spool::finish() {
+  if (file_ && std::fflush(file_.get()) != 0)
+    throw std::runtime_error(std::string("cannot write a temporary file: ") + std::strerror(errno));
 }
 
 std::string XmlDocument::str() const {

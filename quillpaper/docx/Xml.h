@@ -1,6 +1,9 @@
 #pragma once
 
 #include <pugixml.hpp>
+
+#include <cstdio>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -31,6 +34,34 @@ class StringWriter : public pugi::xml_writer {
 
  private:
   std::string& out_;
+};
+
+// A part's content as it is written: in memory while it is small, in an
+// anonymous temporary file once it grows past `limit`, so that a long
+// reference list never stands in memory as a whole. Throws
+// std::runtime_error when the temporary file cannot be written.
+class Spool : public pugi::xml_writer {
+ public:
+  explicit Spool(size_t limit = 4u << 20) : limit_(limit) {}
+  Spool(Spool&&) noexcept = default;
+  Spool& operator=(Spool&&) noexcept = default;
+  void write(const void* data, size_t size) override;
+  void append(std::string_view text) { write(text.data(), text.size()); }
+  // Flushes what went to the temporary file.
+  void finish();
+
+  // The content, when it stayed in memory.
+  const std::string& text() const { return text_; }
+  // The temporary file holding it, flushed, or null when it stayed in memory.
+  std::FILE* file() const { return file_.get(); }
+
+ private:
+  struct Close {
+    void operator()(std::FILE* f) const { std::fclose(f); }
+  };
+  size_t limit_;
+  std::string text_;
+  std::unique_ptr<std::FILE, Close> file_;
 };
 
 // Text that XML 1.0 can carry: control characters dropped, malformed UTF-8

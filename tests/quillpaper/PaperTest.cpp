@@ -8,6 +8,7 @@
 #include "quillpaper/Paper.h"
 #include "quillpaper/StartupForm.h"
 #include "quillpaper/docx/DocxWriter.h"
+#include "quillpaper/docx/Package.h"
 
 namespace quillpaper {
 namespace {
@@ -254,7 +255,8 @@ TEST(DocxTest, SeventhEditionHeaders) {
     MadePaper paper(r);
     EXPECT_EQ(paper.errors(), 0u);
     std::string text;
-    for (const auto& t : paper.part("word/header1.xml").select_nodes("//w:t")) text += t.node().text().as_string();
+    const pugi::xml_document header = paper.part("word/header1.xml");
+    for (const auto& t : header.select_nodes("//w:t")) text += t.node().text().as_string();
     EXPECT_EQ(text, std::string(row.shown) + "1") << row.paperType << " " << row.shortTitle;
   }
 }
@@ -301,6 +303,36 @@ TEST(DocxTest, RunInHeadingsCarryTheirParagraph) {
     ASSERT_TRUE(bodyRun) << edition;
     EXPECT_STREQ(bodyRun.select_node("w:rPr/w:b").node().attribute("w:val").value(), "0");
     EXPECT_STREQ(bodyRun.select_node("w:rPr/w:i").node().attribute("w:val").value(), "0");
+  }
+}
+
+
+// Catches a part spooled to its temporary file coming out of the package
+// empty or cut short: it must read back as the same part kept in memory.
+TEST(DocxTest, SpooledPartsReadBackWhole) {
+  std::string text = "<w:document>";
+  for (int k = 0; k < 5000; ++k) text += "<w:p>" + std::to_string(k) + "</w:p>";
+  text += "</w:document>";
+  for (size_t limit : {size_t{1} << 30, size_t{64}}) {
+    docx::Spool spool(limit);
+    spool.append(std::string_view(text).substr(0, 100));
+    spool.append(std::string_view(text).substr(100));
+    spool.finish();
+    EXPECT_EQ(spool.file() != nullptr, limit == 64);
+    docx::Package package;
+    package.addPart("word/document.xml", "application/xml", std::move(spool));
+    const std::string bytes = package.bytes();
+    zip_error_t error;
+    zip_t* z = zip_open_from_source(zip_source_buffer_create(bytes.data(), bytes.size(), 0, &error), ZIP_RDONLY,
+                                    &error);
+    ASSERT_TRUE(z);
+    zip_file_t* f = zip_fopen(z, "word/document.xml", 0);
+    ASSERT_TRUE(f);
+    std::string back(text.size() + 1, '\0');
+    back.resize(static_cast<size_t>(zip_fread(f, back.data(), back.size())));
+    zip_fclose(f);
+    zip_close(z);
+    EXPECT_EQ(back, text) << limit;
   }
 }
 

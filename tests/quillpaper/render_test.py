@@ -177,7 +177,8 @@ class SeventhEditionPaperTest(unittest.TestCase):
                  "--author=Cy Diaz:1,2", "--affiliation=Yale University", "--affiliation=Brown University",
                  "--font=Arial")
         cls.make("one-affiliation", "--title=Sleep", "--author=Ann Lee", "--author=Bo Park",
-                 "--affiliation=Yale University", "--no-hints")
+                 "--affiliation=Yale University", "--no-hints", "--with=footnotes", "--with=appendix")
+        cls.make("dissertation", "--paper-type=2", "--title=Sleep", "--chapters=2")
 
     @classmethod
     def tearDownClass(cls):
@@ -194,7 +195,7 @@ class SeventhEditionPaperTest(unittest.TestCase):
     # Catches a running head on a student paper, a label anywhere, or a
     # professional paper's short title missing from a page.
     def test_running_heads(self):
-        for name in ("student", "thesis"):
+        for name in ("student", "thesis", "dissertation"):
             paper = self.papers[name]
             for n in range(1, paper.count + 1):
                 self.assertEqual(paper.header(n), str(n), f"{name} page {n}")
@@ -227,6 +228,13 @@ class SeventhEditionPaperTest(unittest.TestCase):
         self.assertIn("Bo Park [https://orcid.org/0000-0000-0000-0000]", text)
         self.assertIn("Correspondence concerning this article should be addressed to Ann Lee, Yale University,",
                       text)
+        # The back matter, each on a page of its own with its bold label.
+        one = self.papers["one-affiliation"]
+        self.assertEqual(one.page_of("Appendix"), one.count)
+        self.assertEqual(one.page_of("Footnotes"), one.count - 1)
+        dissertation = self.papers["dissertation"]
+        self.assertEqual(dissertation.page_of("Table of Contents"), 2)
+        self.assertIsNotNone(dissertation.page_of("CHAPTER 2 Click here in main text and type your chapter title"))
         # One affiliation for all: no numbers.
         self.assertEqual(self.papers["one-affiliation"].pages[0][1:4], ["Sleep", "Ann Lee and Bo Park",
                                                                         "Yale University"])

@@ -632,7 +632,9 @@ TEST_F(ServerTest, MalformedCallsAreRefused) {
 }
 
 TEST_F(ServerTest, RegistrationWritesAndRemovesExactlyOneRecord) {
-  const std::filesystem::path home = std::filesystem::temp_directory_path() / "qfa-registration-test";
+  // A folder of this process's own: another run of the suite may be registering at the same time.
+  const std::filesystem::path home =
+      std::filesystem::temp_directory_path() / ("qfa-registration-test-" + std::to_string(::getpid()));
   std::filesystem::remove_all(home);
   const char* before = std::getenv("XDG_DATA_HOME");
   const std::string saved = before ? before : "";
@@ -680,7 +682,8 @@ TEST_F(ServerTest, RegistrationWritesAndRemovesExactlyOneRecord) {
 // Processes registering at once: every one succeeds, and a reader never sees
 // half a record. Catches a temporary file shared by the writers.
 TEST_F(ServerTest, ProcessesRegisteringAtOnceNeverLeaveHalfARecord) {
-  const std::filesystem::path home = std::filesystem::temp_directory_path() / "qfa-registration-race";
+  const std::filesystem::path home =
+      std::filesystem::temp_directory_path() / ("qfa-registration-race-" + std::to_string(::getpid()));
   std::filesystem::remove_all(home);
   setenv("XDG_DATA_HOME", home.c_str(), 1);
   const std::filesystem::path record = qfa_registration_path();

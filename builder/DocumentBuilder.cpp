@@ -582,10 +582,10 @@ void AddIntroductionPage(const ObjectRef& page, bool outputTemplate, bool addBod
              }
              proc.step([&] { p.addCarriageReturns(1); });
              if (outputTemplate) {
-               const char* hints[] = {"1) Introduce the problem (APA 2.05)", "2) Explore importance of the problem (APA 2.05)",
+               const char* hints[] = {"1) Introduce the problem (APA 2.05)",
+                                      "2) Explore importance of the problem (APA 2.05)",
                                       "3) Describe relevant scholarship (APA 2.05)",
-                                      "4) State hypotheses and their correspondence to research "
-                                      "design (APA 2.05)"};
+                                      "4) State hypotheses and their correspondence to research design (APA 2.05)"};
                for (int16_t k = 0; k < 4; ++k) {
                  proc.step([&] { p.addOneClick(hints[k]); });
                  proc.step([&] { p.addEditingHint(k); });

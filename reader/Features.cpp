@@ -1,0 +1,286 @@
+#include "reader/Features.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+namespace quillreader {
+
+namespace {
+
+// The code point at `i` (advancing `i`); malformed bytes stand for themselves.
+char32_t next(std::string_view s, size_t& i) {
+  const unsigned char c = static_cast<unsigned char>(s[i]);
+  const int extra = c >= 0xF0 ? 3 : c >= 0xE0 ? 2 : c >= 0xC0 ? 1 : 0;
+  if (c < 0x80 || extra == 0 || i + static_cast<size_t>(extra) >= s.size()) {
+    ++i;
+    return c;
+  }
+  char32_t cp = c & (0x3F >> extra);
+  for (int k = 1; k <= extra; ++k) {
+    const unsigned char d = static_cast<unsigned char>(s[i + static_cast<size_t>(k)]);
+    if ((d & 0xC0) != 0x80) {
+      ++i;
+      return c;
+    }
+    cp = (cp << 6) | (d & 0x3F);
+  }
+  i += static_cast<size_t>(extra) + 1;
+  return cp;
+}
+
+// Letters as the training data's tokenizer sees them: ASCII letters, and any
+// code point beyond ASCII that is not a space, punctuation or a symbol.
+bool isLetter(char32_t c) {
+  if (c < 0x80) return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+  if (c == 0xAA || c == 0xB5 || c == 0xBA) return true;
+  if (c < 0xC0 || c == 0xD7 || c == 0xF7) return false;
+  if ((c >= 0x2000 && c <= 0x2BFF) || (c >= 0x3000 && c <= 0x303F) || (c >= 0xFE30 && c <= 0xFE4F) ||
+      (c >= 0xFF00 && c <= 0xFF0F) || (c >= 0xFF1A && c <= 0xFF20))
+    return false;
+  return true;
+}
+bool isDigit(char32_t c) { return c >= '0' && c <= '9'; }
+bool isSpace(char32_t c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == 0xA0 || c == 0x2009; }
+
+bool startsWithAddress(std::string_view s) {
+  return s.starts_with("http://") || s.starts_with("https://") || s.starts_with("doi:");
+}
+
+// "10.1037/..." at a word's start.
+bool startsWithDoi(std::string_view s) {
+  if (!s.starts_with("10.")) return false;
+  size_t i = 3;
+  while (i < s.size() && isDigit(static_cast<unsigned char>(s[i]))) ++i;
+  return i >= 7 && i < s.size() && s[i] == '/';
+}
+
+}  // namespace
+
+std::vector<Token> tokenize(std::string_view text) {
+  std::vector<Token> out;
+  size_t i = 0;
+  bool afterWordChar = false;
+  while (i < text.size()) {
+    size_t j = i;
+    const char32_t c = next(text, j);
+    if (isSpace(c)) {
+      i = j;
+      afterWordChar = false;
+      continue;
+    }
+    const std::string_view rest = text.substr(i);
+    if (startsWithAddress(rest) || (!afterWordChar && startsWithDoi(rest))) {
+      size_t end = i;
+      if (rest.starts_with("doi: ")) end += 5;
+      while (end < text.size()) {
+        size_t k = end;
+        if (isSpace(next(text, k))) break;
+        end = k;
+      }
+      // An address does not take the full stop (or comma) that ends it.
+      while (end - i > 1 && std::string_view(".,;)").find(text[end - 1]) != std::string_view::npos) --end;
+      out.push_back({i, end});
+      i = end;
+      afterWordChar = true;
+      continue;
+    }
+    if (isDigit(c)) {
+      size_t end = j;
+      while (end < text.size() && isDigit(static_cast<unsigned char>(text[end]))) ++end;
+      out.push_back({i, end});
+      i = end;
+      afterWordChar = true;
+      continue;
+    }
+    if (isLetter(c)) {
+      size_t end = j;
+      for (;;) {
+        size_t k = end;
+        if (k >= text.size()) break;
+        const char32_t d = next(text, k);
+        if (isLetter(d)) {
+          end = k;
+          continue;
+        }
+        // An inner apostrophe or hyphen joins letters: "Brooks-Gunn", "O'Neil".
+        if (d == '\'' || d == 0x2019 || d == '-') {
+          size_t m = k;
+          if (m < text.size() && isLetter(next(text, m))) {
+            end = m;
+            continue;
+          }
+        }
+        break;
+      }
+      out.push_back({i, end});
+      i = end;
+      afterWordChar = true;
+      continue;
+    }
+    out.push_back({i, j});
+    i = j;
+    afterWordChar = false;
+  }
+  return out;
+}
+
+namespace {
+
+uint64_t hash(std::string_view kind, std::string_view value) {
+  uint64_t h = 1469598103934665603ull;
+  for (char c : kind) h = (h ^ static_cast<unsigned char>(c)) * 1099511628211ull;
+  h = (h ^ 0xFF) * 1099511628211ull;
+  for (char c : value) h = (h ^ static_cast<unsigned char>(c)) * 1099511628211ull;
+  return h;
+}
+
+std::string lower(std::string_view s) {
+  std::string out(s);
+  for (char& c : out)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return out;
+}
+
+// "Xxxx" for "Journal", "dddd" for "1993", "X." is not a shape (punctuation
+// is its own token): runs of one class are cut at two.
+std::string shape(std::string_view s) {
+  std::string out;
+  size_t i = 0;
+  while (i < s.size()) {
+    const char32_t c = next(s, i);
+    const char k = isDigit(c)                ? 'd'
+                   : (c >= 'A' && c <= 'Z')    ? 'X'
+                   : isLetter(c)               ? 'x'
+                   : c < 0x80                  ? static_cast<char>(c)
+                                               : '*';
+    if (out.size() >= 2 && out[out.size() - 1] == k && out[out.size() - 2] == k) continue;
+    out += k;
+  }
+  return out;
+}
+
+bool inList(std::string_view word, std::initializer_list<std::string_view> list) {
+  return std::find(list.begin(), list.end(), word) != list.end();
+}
+
+const char* lexicon(const std::string& w) {
+  if (inList(w, {"january", "february", "march", "april", "may", "june", "july", "august", "september", "october",
+                 "november", "december", "jan", "feb", "mar", "apr", "jun", "jul", "aug", "sep", "sept", "oct",
+                 "nov", "dec", "spring", "summer", "fall", "autumn", "winter"}))
+    return "month";
+  if (inList(w, {"ed", "eds", "edn", "edition", "editor", "editors", "edited", "hrsg"})) return "ed";
+  if (inList(w, {"vol", "volume", "vols", "bd"})) return "vol";
+  if (inList(w, {"no", "nr", "issue", "iss", "number"})) return "no";
+  if (inList(w, {"p", "pp", "pages", "page", "s"})) return "pp";
+  if (inList(w, {"press", "university", "publishing", "publishers", "publisher", "books", "inc", "ltd", "co",
+                 "wiley", "springer", "elsevier", "sage", "routledge", "verlag", "academic", "association",
+                 "society", "institute", "house", "company", "group"}))
+    return "pub";
+  if (inList(w, {"journal", "review", "proceedings", "quarterly", "bulletin", "annals", "transactions", "letters",
+                 "magazine", "studies", "research", "science", "psychology", "psychological", "j", "rev", "proc",
+                 "trans", "conference", "symposium", "workshop", "international", "newsletter", "times", "post"}))
+    return "journal";
+  if (inList(w, {"in"})) return "in";
+  if (inList(w, {"retrieved", "available", "accessed", "from", "online", "at", "url", "cited", "viewed"}))
+    return "access";
+  if (inList(w, {"and", "&", "et", "al"})) return "and";
+  if (inList(w, {"thesis", "dissertation", "report", "video", "film", "podcast", "blog", "tweet", "manuscript",
+                 "unpublished", "doctoral", "master's", "masters", "phd", "technical", "motion", "picture"}))
+    return "genre";
+  if (inList(w, {"new", "york", "london", "washington", "cambridge", "oxford", "boston", "chicago", "berlin",
+                 "paris", "amsterdam", "philadelphia", "san", "francisco", "los", "angeles", "toronto", "ny", "ma",
+                 "ca", "dc", "nj", "il", "uk", "usa", "england", "heidelberg", "hillsdale", "mahwah", "thousand",
+                 "oaks"}))
+    return "place";
+  return nullptr;
+}
+
+bool isRoman(const std::string& w) {
+  return !w.empty() && w.size() <= 6 && w.find_first_not_of("ivxlcdm") == std::string::npos;
+}
+
+}  // namespace
+
+std::vector<std::vector<uint32_t>> tokenFeatures(std::string_view entry, const std::vector<Token>& tokens,
+                                                 size_t buckets) {
+  const size_t n = tokens.size();
+  std::vector<std::string> words(n), shapes(n);
+  for (size_t i = 0; i < n; ++i) {
+    const std::string_view t = entry.substr(tokens[i].begin, tokens[i].end - tokens[i].begin);
+    words[i] = lower(t);
+    shapes[i] = shape(t);
+  }
+  std::vector<std::vector<uint32_t>> out(n);
+  // Context as the entry is read from the left: quotes, parentheses,
+  // brackets, and the segment (the number of full stops that ended one).
+  int quotes = 0, parens = 0, brackets = 0, segment = 0;
+  for (size_t i = 0; i < n; ++i) {
+    std::vector<uint32_t>& f = out[i];
+    auto add = [&](std::string_view kind, std::string_view value) {
+      f.push_back(static_cast<uint32_t>(hash(kind, value) % buckets));
+    };
+    const std::string& w = words[i];
+    const std::string& s = shapes[i];
+    add("bias", "");
+    add("w", w);
+    add("s", s);
+    if (w.size() > 3) {
+      add("p3", w.substr(0, 3));
+      add("x3", w.substr(w.size() - 3));
+    }
+    if (w.size() > 2) add("x2", w.substr(w.size() - 2));
+    add("len", std::to_string(std::min<size_t>(w.size(), 12)));
+    const bool number = !w.empty() && std::all_of(w.begin(), w.end(), [](char c) { return c >= '0' && c <= '9'; });
+    if (number) {
+      add("num", std::to_string(std::min<size_t>(w.size(), 5)));
+      if (w.size() == 4 && (w.starts_with("1") || w.starts_with("20"))) add("year", "");
+    }
+    if (isRoman(w)) add("roman", "");
+    if (const char* lex = lexicon(w)) add("lex", lex);
+    if (w.starts_with("http") || w.starts_with("www")) add("addr", "url");
+    if (w.starts_with("doi") || w.starts_with("10.")) add("addr", "doi");
+    add("quote", quotes > 0 ? "in" : "out");
+    add("paren", parens > 0 ? "in" : "out");
+    add("bracket", brackets > 0 ? "in" : "out");
+    add("seg", std::to_string(std::min(segment, 6)));
+    add("pos", std::to_string(n > 1 ? i * 10 / n : 0));
+    if (i == 0) add("first", "");
+    if (i + 1 == n) add("last", "");
+    const bool spaceBefore = i > 0 && tokens[i - 1].end < tokens[i].begin;
+    const bool spaceAfter = i + 1 < n && tokens[i].end < tokens[i + 1].begin;
+    add("space", std::string(spaceBefore ? "b" : "-") + (spaceAfter ? "a" : "-"));
+    for (int d : {-2, -1, 1, 2}) {
+      const long j = static_cast<long>(i) + d;
+      const std::string key = std::to_string(d);
+      if (j < 0 || j >= static_cast<long>(n)) {
+        add("w" + key, "<edge>");
+        continue;
+      }
+      add("w" + key, words[static_cast<size_t>(j)]);
+      if (d == -1 || d == 1) {
+        add("s" + key, shapes[static_cast<size_t>(j)]);
+        if (const char* lex = lexicon(words[static_cast<size_t>(j)])) add("lex" + key, lex);
+      }
+    }
+    if (i > 0) add("w-1|w", words[i - 1] + "|" + w);
+    if (i + 1 < n) add("w|w+1", w + "|" + words[i + 1]);
+    if (i > 0) add("s-1|s", shapes[i - 1] + "|" + s);
+
+    // The context after this token, for the next one.
+    if (w == "\xe2\x80\x9c" || (w == "\"" && quotes == 0)) ++quotes;
+    else if ((w == "\xe2\x80\x9d" || w == "\"") && quotes > 0) --quotes;
+    if (w == "(") ++parens;
+    if (w == ")" && parens > 0) --parens;
+    if (w == "[") ++brackets;
+    if (w == "]" && brackets > 0) --brackets;
+    if ((w == "." || w == "?" || w == "!") && quotes == 0 && parens == 0 && spaceAfter) {
+      // "M. H." and "pp." end no segment: a full stop after a short word does not count.
+      const bool abbreviation = i > 0 && words[i - 1].size() <= 2 && !number;
+      if (!abbreviation) ++segment;
+    }
+  }
+  return out;
+}
+
+}  // namespace quillreader

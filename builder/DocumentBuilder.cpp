@@ -42,11 +42,9 @@ std::string titlePageHint(const std::string& key) {
       {"Title", "The title of your paper"},
       {"College", "The College which grants your degree"},
       {"Affiliation",
-       "Institution where research was conducted, or use "
-       "author's city and state of residence (APA 2.02)"},
+       "Institution where research was conducted, or use author's city and state of residence (APA 2.02)"},
       {"2nd Author's Affil.",
-       "Institution where research was conducted, or use author's city and "
-       "state of residence (APA 2.02)"},
+       "Institution where research was conducted, or use author's city and state of residence (APA 2.02)"},
   };
   for (const auto& [k, hint] : hints)
     if (key == k) return hint;
@@ -209,8 +207,7 @@ void AddTitlePage(const ObjectRef& page, bool outputTemplate) {
              });
              proc.step([&] {
                p.addOneClick(
-                   "punctuation. It must be 50 characters or less "
-                   "(APA 8.03). Double click the page headers to fix "
+                   "punctuation. It must be 50 characters or less (APA 8.03). Double click the page headers to fix "
                    "them.");
              });
            }
@@ -321,16 +318,9 @@ void changesOfAffiliation(const ObjectRef& page) {
 void acknowledgements(const ObjectRef& page) {
   traced(kModule, "acknowledgements", params(arg("page", page)), [&](Procedure& proc) {
     const host::PageRef p(page);
-    proc.step([&] {
-      p.addOneClick(
-          "If there are special circumstances or conflicts of "
-          "interest, disclose them here");
-    });
-    proc.step([&] {
-      p.addOneClick(
-          "Identify financial support for your study, "
-          "colleagues who assisted, and personal thanks");
-    });
+    proc.step([&] { p.addOneClick("If there are special circumstances or conflicts of interest, disclose them here"); });
+    proc.step(
+        [&] { p.addOneClick("Identify financial support for your study, colleagues who assisted, and personal thanks"); });
   });
 }
 
@@ -402,8 +392,7 @@ void AddAbstractPage(const ObjectRef& page, bool outputTemplate) {
            }
            proc.step([&] {
              addNonBoldPage(page, "Abstract",
-                            "Summarize the paper in 150 to 250 words with a "
-                            "single paragraph without indentation "
+                            "Summarize the paper in 150 to 250 words with a single paragraph without indentation "
                             "(APA 2.04).",
                             outputTemplate);
            });
@@ -415,8 +404,7 @@ void AddFootnotesPage(const ObjectRef& page, bool outputTemplate) {
          [&](Procedure& proc) {
            proc.step([&] {
              addNonBoldPage(page, "Footnotes",
-                            "Footnotes are usually integrated into the main "
-                            "text, but can be placed here instead "
+                            "Footnotes are usually integrated into the main text, but can be placed here instead "
                             "(APA 2.12).",
                             outputTemplate);
            });
@@ -427,10 +415,10 @@ void AddAppendixPage(const ObjectRef& page, bool outputTemplate) {
   traced(kModule, "AddAppendixPage", params(arg("page", page), arg("outputTemplate", outputTemplate)),
          [&](Procedure& proc) {
            proc.step([&] {
-             host::PageRef(page).AddSection("Appendix",
-                                            "Use appendices only if they help to understand, evaluate, or "
-                                            "replicate the study (APA 2.13)",
-                                            outputTemplate);
+             host::PageRef(page).AddSection(
+                 "Appendix",
+                 "Use appendices only if they help to understand, evaluate, or replicate the study (APA 2.13)",
+                 outputTemplate);
            });
          });
 }
@@ -498,18 +486,11 @@ void AddMethodPage(const ObjectRef& page, bool outputTemplate) {
                {"Participant (subject) characteristics", "Detail the sample's major demographic characteristics (APA 2.06)", 5},
                {"Sampling procedures", "Describe the procedures for selecting participants (APA 2.06)", 6},
                {"Sample size, power, and precision",
-                "Demonstrate that sample size has sufficient power for results' "
-                "precision (APA 2.06)",
-                7},
-               {"Measures and covariates",
-                "Define primary and secondary outcome measures and covariates "
-                "(APA 2.06)",
-                8},
+                "Demonstrate that sample size has sufficient power for results' precision (APA 2.06)", 7},
+               {"Measures and covariates", "Define primary and secondary outcome measures and covariates (APA 2.06)", 8},
                {"Research design", "Specify the research design (APA 2.06)", 9},
                {"Experimental manipulations or interventions",
-                "Describe the content, setting, properties, and participants of "
-                "the intervention (APA 2.06)",
-                10},
+                "Describe the content, setting, properties, and participants of the intervention (APA 2.06)", 10},
            };
            for (const auto& [heading, text, id] : subsections)
              proc.step([&] { AddSubSection(page, heading, text, outputTemplate, id); });
@@ -525,20 +506,14 @@ void AddResultsPage(const ObjectRef& page, bool outputTemplate) {
            if (!outputTemplate) return;
            // The typo "partipants" is the program's text.
            const std::pair<const char*, const char*> subsections[] = {
-               {"Recruitment",
-                "Provide dates of when you recruited subjects, "
-                "plus follow-up (APA 2.07)"},
+               {"Recruitment", "Provide dates of when you recruited subjects, plus follow-up (APA 2.07)"},
                {"Statistics and data analysis", "Analyze the data to disprove the null hypothesis (APA 2.07)"},
-               {"Ancillary analyses",
-                "Report any other analyses performed "
-                "(e.g. for subgroups) (APA 2.07)"},
+               {"Ancillary analyses", "Report any other analyses performed (e.g. for subgroups) (APA 2.07)"},
                {"Participant flow", "Describe the flow of partipants through the study (APA 2.07)"},
                {"Intervention or manipulation fidelity",
-                "Provide evidence that intervention was administered correctly "
-                "(APA 2.07)"},
+                "Provide evidence that intervention was administered correctly (APA 2.07)"},
                {"Baseline data",
-                "Provide baseline demographic and/or clinical "
-                "characteristics of each group (APA 2.07)"},
+                "Provide baseline demographic and/or clinical characteristics of each group (APA 2.07)"},
                {"Adverse events", "Detail all events with serious consequences (APA 2.07)"},
            };
            for (const auto& [heading, text] : subsections)
@@ -550,8 +525,7 @@ void AddDiscussionPage(const ObjectRef& page, bool outputTemplate) {
   traced(kModule, "AddDiscussionPage", params(arg("page", page), arg("outputTemplate", outputTemplate)),
          [&](Procedure& proc) {
            startBodyPage(proc, page, "Discussion",
-                         "Examine and interpret the results to draw inferences "
-                         "and conclusions from them (APA 2.08)",
+                         "Examine and interpret the results to draw inferences and conclusions from them (APA 2.08)",
                          12, outputTemplate);
          });
 }
@@ -563,9 +537,9 @@ void AddIntroductionPage(const ObjectRef& page, bool outputTemplate, bool addBod
            const host::PageRef p(page);
            if (addBody) {
              // Two blanks after the first full stop, as the program writes it.
-             const std::string hint = outputTemplate ? "Click here and type your paper.  "
-                                                       "In the Introduction, you should:"
-                                                     : "Click here and type your paper.";
+             const std::string hint = outputTemplate
+                                          ? "Click here and type your paper.  In the Introduction, you should:"
+                                          : "Click here and type your paper.";
              int16_t paperType = 0;
              proc.step([&] { paperType = builder().PaperType(); });
              if (paperType != 0 && paperType != 3) {
@@ -582,8 +556,7 @@ void AddIntroductionPage(const ObjectRef& page, bool outputTemplate, bool addBod
              }
              proc.step([&] { p.addCarriageReturns(1); });
              if (outputTemplate) {
-               const char* hints[] = {"1) Introduce the problem (APA 2.05)",
-                                      "2) Explore importance of the problem (APA 2.05)",
+               const char* hints[] = {"1) Introduce the problem (APA 2.05)", "2) Explore importance of the problem (APA 2.05)",
                                       "3) Describe relevant scholarship (APA 2.05)",
                                       "4) State hypotheses and their correspondence to research design (APA 2.05)"};
                for (int16_t k = 0; k < 4; ++k) {
@@ -647,19 +620,15 @@ ObjectRef makeTable() {
 
 const TableButton kTableButtons[] = {
     {"&ANOVA (ANalysis Of VAriance)",
-     "Report the source, degrees of freedom, and <i>F</i>&nbsp; ratios. "
-     "Identify statistically significant "
-     "<i>F</i>&nbsp; ratios with probability asterisks. (APA 5th edition, "
-     "3.69)",
+     "Report the source, degrees of freedom, and <i>F</i>&nbsp; ratios. Identify statistically significant "
+     "<i>F</i>&nbsp; ratios with probability asterisks. (APA 5th edition, 3.69)",
      makeTable<TableAnova>},
     {"C&orrelation",
-     "Report the correlations in two groups. Use dashes for correlations of "
-     "the variable with itself. (APA 5th "
+     "Report the correlations in two groups. Use dashes for correlations of the variable with itself. (APA 5th "
      "edition, 3.62)",
      makeTable<TableCorrelation>},
     {"&LISREL (LInear Structural RELations)",
-     "Present the means, standard deviations, and intercorrelations of the "
-     "entire set of variables. (APA 5th "
+     "Present the means, standard deviations, and intercorrelations of the entire set of variables. (APA 5th "
      "edition, 3.69)",
      makeTable<TableLisrel>},
     {"&Model comparison (multiple LISREL)", "Compare multiple models in LISREL analyses. (APA 5.14)",
@@ -669,13 +638,11 @@ const TableButton kTableButtons[] = {
     {"&Hierarchical multiple regression", "List both unstandardized and standardized coefficients. (APA 5.13)",
      makeTable<TableHierarchRegression>},
     {"&Word",
-     "Present qualitative comparisons or descriptive information. Word tables "
-     "illustrate the discussion in the "
+     "Present qualitative comparisons or descriptive information. Word tables illustrate the discussion in the "
      "text; they should not repeat the discussion. (APA 5.16)",
      makeTable<TableWord>},
     {"&Noncanonical",
-     "The judicious use of noncanonical forms can be effective but must always "
-     "be motivated by the special "
+     "The judicious use of noncanonical forms can be effective but must always be motivated by the special "
      "circumstances of the data array. (APA 5th edition, 3.62)",
      makeTable<TableNoncanonical>},
 };

@@ -116,8 +116,7 @@ void getQLRefMetaData(const ObjectRef& formatterSettings) {
               {"chapterAndWebsiteRule", ""},
               {"capitalizeSubtitle", true},
               {"bookAndArticleRule",
-               "Capitalize only the first word of the title and of the "
-               "subtitle, if any, and any proper nouns. "
+               "Capitalize only the first word of the title and of the subtitle, if any, and any proper nouns. "
                "(APA 6.29)"},
               {"capitalizeHyphenatedWord", false},
               {"sentenceCapitalization", true},
@@ -132,9 +131,7 @@ void getQLRefMetaData(const ObjectRef& formatterSettings) {
           .CloneForHeadingCapitalization(settings.outputTemplates(0), periodicalTitleTypes);
     });
 
-    reset(4, {{"cityTooltip",
-               "City, State (e.g., Washington, DC) or City, "
-               "Country (e.g., London, England)"},
+    reset(4, {{"cityTooltip", "City, State (e.g., Washington, DC) or City, Country (e.g., London, England)"},
               {"cityInBrackets", false},
               {"outputArticle", false}});
     reset(5, {{"removePublisherAbbreviations", false},
@@ -230,19 +227,13 @@ void initializeSectionInstructions(const ObjectRef& super, Array& sectionInstruc
 void initTitleInstructions(int16_t PaperType, Array& TitleInstructions) {
   traced(kModule, "initTitleInstructions",
          params(arg("PaperType", PaperType), arg("TitleInstructions", TitleInstructions)), [&](Procedure& proc) {
-           const std::string titleHint =
-               "The recommended length for a title is no more than 12 words. "
-               "(APA 2.01)^^^";
+           const std::string titleHint = "The recommended length for a title is no more than 12 words. (APA 2.01)^^^";
            const std::string authorHint =
-               "The preferred form of an author's name is first name, middle "
-               "initial(s), and last name... Omit all "
-               "titles (e.g., Dr, Professor) and degrees (e.g. PhD, PsyD, "
-               "EdD). (APA 2.02)^^^";
+               "The preferred form of an author's name is first name, middle initial(s), and last name... Omit all "
+               "titles (e.g., Dr, Professor) and degrees (e.g. PhD, PsyD, EdD). (APA 2.02)^^^";
            const std::string affiliationHint =
-               "Identifies the location where the author or authors were when "
-               "the research was conducted. When an "
-               "author has no institutional affiliation, list the city and "
-               "state of residence. (APA 2.02)^^^";
+               "Identifies the location where the author or authors were when the research was conducted. When an "
+               "author has no institutional affiliation, list the city and state of residence. (APA 2.02)^^^";
            if (PaperType >= 0 && PaperType <= 2) {
              proc.step([&] {
                TitleInstructions = stringArray(str().toStringArray(titleHint + "Title", authorHint + "Author", "College"));

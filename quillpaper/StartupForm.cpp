@@ -24,20 +24,15 @@ const char* paperTypeName(int paperType) {
 const char* paperTypeEffect(int paperType) {
   switch (paperType) {
     case 0:
-      return "title page with title, author and college; the body opens with the "
-             "paper's title and Method, "
+      return "title page with title, author and college; the body opens with the paper's title and Method, "
              "Results and Discussion run on without page breaks";
     case 1:
     case 2:
-      return "title page with title, author and college; contents and lists of "
-             "tables and figures are offered "
-             "and on by default; Introduction, Method, Results and Discussion "
-             "each start a new page";
+      return "title page with title, author and college; contents and lists of tables and figures are offered "
+             "and on by default; Introduction, Method, Results and Discussion each start a new page";
     case 3:
-      return "title page with up to two authors and their affiliations and an "
-             "author note; the body opens "
-             "with the paper's title and Method, Results and Discussion run on "
-             "without page breaks";
+      return "title page with up to two authors and their affiliations and an author note; the body opens "
+             "with the paper's title and Method, Results and Discussion run on without page breaks";
     default: return "";
   }
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <string>
 
 namespace quillreader {
@@ -212,6 +213,49 @@ std::vector<std::vector<uint32_t>> tokenFeatures(std::string_view entry, const s
     shapes[i] = shape(t);
   }
   std::vector<std::vector<uint32_t>> out(n);
+  // The segments of the entry: the stretches between full stops that end a
+  // sentence (not "M." or "pp."), outside quotes and parentheses; what a
+  // segment holds tells title from container from publisher.
+  std::vector<int> segmentOf(n, 0);
+  {
+    int q = 0, p = 0, seg = 0;
+    for (size_t i = 0; i < n; ++i) {
+      segmentOf[i] = seg;
+      const std::string& w = words[i];
+      if (w == "\xe2\x80\x9c" || (w == "\"" && q == 0)) ++q;
+      else if ((w == "\xe2\x80\x9d" || w == "\"") && q > 0) --q;
+      if (w == "(") ++p;
+      if (w == ")" && p > 0) --p;
+      const bool spaceAfter = i + 1 < n && tokens[i].end < tokens[i + 1].begin;
+      if ((w == "." || w == "?" || w == "!") && q == 0 && p == 0 && spaceAfter &&
+          !(i > 0 && words[i - 1].size() <= 2 && std::isalpha(static_cast<unsigned char>(words[i - 1][0]))))
+        ++seg;
+    }
+  }
+  struct Segment {
+    int words = 0, lower = 0, digits = 0, quotes = 0, year = 0;
+  };
+  std::vector<Segment> segments(static_cast<size_t>(n ? segmentOf[n - 1] + 1 : 0));
+  for (size_t i = 0; i < n; ++i) {
+    Segment& g = segments[static_cast<size_t>(segmentOf[i])];
+    const std::string& w = words[i];
+    if (w.empty()) continue;
+    const unsigned char c = static_cast<unsigned char>(entry[tokens[i].begin]);
+    if (std::isalpha(c) || c >= 0x80) {
+      ++g.words;
+      if (std::islower(c)) ++g.lower;
+    }
+    if (std::isdigit(c)) {
+      ++g.digits;
+      if (w.size() == 4) ++g.year;
+    }
+    if (w == "\xe2\x80\x9c" || w == "\"") ++g.quotes;
+  }
+  auto bucket = [](int v) { return v == 0 ? "0" : v == 1 ? "1" : v <= 3 ? "2-3" : v <= 7 ? "4-7" : "8+"; };
+  int yearSegment = -1;
+  for (size_t i = 0; i < n && yearSegment < 0; ++i)
+    if (words[i].size() == 4 && std::isdigit(static_cast<unsigned char>(words[i][0]))) yearSegment = segmentOf[i];
+
   // Context as the entry is read from the left: quotes, parentheses,
   // brackets, and the segment (the number of full stops that ended one).
   int quotes = 0, parens = 0, brackets = 0, segment = 0;
@@ -238,12 +282,25 @@ std::vector<std::vector<uint32_t>> tokenFeatures(std::string_view entry, const s
     }
     if (isRoman(w)) add("roman", "");
     if (const char* lex = lexicon(w)) add("lex", lex);
-    if (w.starts_with("http") || w.starts_with("www")) add("addr", "url");
-    if (w.starts_with("doi") || w.starts_with("10.")) add("addr", "doi");
+    if (w.find("doi.org/") != std::string::npos || w.starts_with("doi:") || w.starts_with("10."))
+      add("addr", "doi");
+    else if (w.starts_with("http") || w.starts_with("www"))
+      add("addr", "url");
     add("quote", quotes > 0 ? "in" : "out");
     add("paren", parens > 0 ? "in" : "out");
     add("bracket", brackets > 0 ? "in" : "out");
     add("seg", std::to_string(std::min(segment, 6)));
+    {
+      const Segment& g = segments[static_cast<size_t>(segmentOf[i])];
+      add("segwords", bucket(g.words));
+      add("seglower", g.words == 0 ? "none" : g.lower * 3 >= g.words * 2 ? "most" : g.lower > 1 ? "some" : "few");
+      add("segdigits", bucket(g.digits));
+      add("segquote", g.quotes ? "y" : "n");
+      add("segyear", g.year ? "y" : "n");
+      add("yearseg", yearSegment < 0 ? "none" : segmentOf[i] < yearSegment ? "before" : segmentOf[i] == yearSegment ? "same" : "after");
+      add("segstart", i == 0 || segmentOf[i - 1] != segmentOf[i] ? "y" : "n");
+      add("seglast", segmentOf[i] == segmentOf[n - 1] ? "y" : "n");
+    }
     add("pos", std::to_string(n > 1 ? i * 10 / n : 0));
     if (i == 0) add("first", "");
     if (i + 1 == n) add("last", "");

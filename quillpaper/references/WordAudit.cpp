@@ -186,13 +186,26 @@ std::string withoutDescriptionLabels(std::string_view text) {
   return out;
 }
 
+// Whether `text` ends with `tail`, letters in any case, blanks after it aside.
+bool closedBy(std::string_view text, std::string_view tail) {
+  while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back()))) text.remove_suffix(1);
+  if (text.size() < tail.size()) return false;
+  const std::string_view end = text.substr(text.size() - tail.size());
+  return std::equal(end.begin(), end.end(), tail.begin(), [](char a, char b) {
+    return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
+  });
+}
+
 std::vector<std::string> wordsOf(std::string_view text) {
   const std::vector<Token> tokens = tokenize(withoutDescriptionLabels(text));
   std::vector<std::string> words;
   words.reserve(tokens.size());
   for (size_t k = 0; k < tokens.size(); ++k) {
     const std::string& w = tokens[k].word;
-    if (isAbbreviatedLabel(tokens[k]) || isLabelWord(w)) {
+    // The full stop that closes the entry makes no abbreviation of its last
+    // word: "… A. D. Edn" written "… A. D. Edn." keeps its word.
+    const bool last = k + 1 == tokens.size() && closedBy(text, w + ".");
+    if ((isAbbreviatedLabel(tokens[k]) && !last) || isLabelWord(w)) {
       // "Retrieved May 5, 2010, from": the "from" of the label goes with it.
       if (w == "retrieved" || w == "accessed" || w == "viewed") {
         size_t j = k + 1;

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Labels every token of rendered references from the works' known fields.
 
-    label_tokens.py CORPUS.jsonl RENDERED.jsonl > LABELLED.tsv
+    label_tokens.py CORPUS.jsonl RENDERED.jsonl [--works train|heldout] > LABELLED.tsv
 
 CORPUS is the development set (its "fields" are the truth); RENDERED holds
 {"id", "style", "text"} lines, the same works written in other citation
@@ -10,7 +10,12 @@ the tokens as "begin:end:label" in the order the reader splits them
 (reader/Features.cpp tokenizes the same way; the trainer checks it) with
 byte offsets into the UTF-8 text. A rendering whose title cannot be found is
 left out: a label sequence without its title would teach the wrong thing.
+
+--works keeps the works the reader trains on, or the fifth of them it never
+sees (by a hash of their ids): held-out scores are then on unseen styles and
+unseen works alike.
 """
+import hashlib
 import json
 import re
 import sys
@@ -62,9 +67,9 @@ class Labeller:
         self.tokens = tokens_of(text)
         self.labels = ["other"] * len(self.tokens)
         self.keys = [norm(text[a:b]) for a, b in self.tokens]
-        # A list's numbering ("[3]", "3.") is no part of the work.
+        # A list's numbering ("[3]", "3.", "(3)") is no part of the work.
         self.start = 0
-        m = re.match(r"\s*(\[\d+\]|\d+\.)\s", text)
+        m = re.match(r"\s*(\[\d+\]|\(\d+\)|\d+\.)\s", text)
         if m:
             while self.start < len(self.tokens) and self.tokens[self.start][1] <= m.end(1):
                 self.start += 1
@@ -209,12 +214,18 @@ def label(entry, fields):
     return [[a, b, l] for (a, b), l in zip(lab.tokens, lab.labels)]
 
 
+def heldout_work(work_id):
+    return hashlib.sha256(work_id.encode("utf-8")).digest()[0] % 5 == 0
+
+
 def main():
+    works = sys.argv[sys.argv.index("--works") + 1] if "--works" in sys.argv else None
     corpus = {}
     for line in open(sys.argv[1], encoding="utf-8"):
         if line.strip():
             d = json.loads(line)
-            corpus[d["id"]] = d
+            if works is None or heldout_work(d["id"]) == (works == "heldout"):
+                corpus[d["id"]] = d
     kept = dropped = 0
     for line in open(sys.argv[2], encoding="utf-8"):
         r = json.loads(line)

@@ -1,6 +1,7 @@
 // Trains and evaluates the reference reader on labelled renderings.
 //   reader_tool train LABELLED.tsv MODEL [--epochs N] [--seed S]
 //   reader_tool evaluate MODEL LABELLED.tsv
+//   reader_tool label MODEL < LINES
 //   reader_tool tokenize < LINES
 // A labelled line: id TAB style TAB family TAB text TAB "begin:end:label ...".
 // Lines whose tokens differ from the reader's own tokenization are counted
@@ -132,6 +133,19 @@ int evaluate(char** argv) {
   };
   for (const auto& [style, t] : byStyle) line(style, t);
   line("all", all);
+  // Span F1 of each label over every style.
+  for (size_t k = 1; k < quillreader::kLabels; ++k) {
+    Tally t;
+    for (const Labelled& l : labelled) {
+      const quillreader::Reading r = model.read(l.example.text, l.example.tokens);
+      const auto gold = spans(l.example.labels, static_cast<Label>(k));
+      const auto guess = spans(r.labels, static_cast<Label>(k));
+      t.gold += gold.size();
+      t.guessed += guess.size();
+      for (const auto& s : guess) t.matched += gold.count(s);
+    }
+    if (t.gold > 0) line("  " + std::string(quillreader::labelName(static_cast<Label>(k))), t);
+  }
   std::fprintf(stderr, "%zu left out (tokens misaligned)\n", misaligned);
   return 0;
 }
@@ -143,6 +157,19 @@ int main(int argc, char** argv) {
     const std::string command = argc > 1 ? argv[1] : "";
     if (command == "train" && argc >= 4) return train(argc, argv);
     if (command == "evaluate" && argc == 4) return evaluate(argv);
+    if (command == "label" && argc == 3) {
+      // Each line read, its tokens with their labels: "Kernis/author ,/author ...".
+      const quillreader::Model model = quillreader::Model::load(argv[2]);
+      std::string line;
+      while (std::getline(std::cin, line)) {
+        const quillreader::Reading r = model.read(line);
+        for (size_t i = 0; i < r.tokens.size(); ++i)
+          std::cout << line.substr(r.tokens[i].begin, r.tokens[i].end - r.tokens[i].begin) << "/"
+                    << quillreader::labelName(r.labels[i]) << " ";
+        std::cout << "\t" << r.confidence << "\n";
+      }
+      return 0;
+    }
     if (command == "tokenize") {
       // One line of begin:end pairs for each line read.
       std::string line;

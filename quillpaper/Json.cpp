@@ -1,5 +1,8 @@
 #include "quillpaper/Json.h"
 
+#include <cmath>
+#include <cstdio>
+
 #include <cstdio>
 
 #include "strings/StringUtility.h"
@@ -94,6 +97,15 @@ JsonWriter& JsonWriter::value(bool b) {
 JsonWriter& JsonWriter::value(int i) {
   separate();
   out_ += std::to_string(i);
+  return *this;
+}
+
+JsonWriter& JsonWriter::value(double d) {
+  separate();
+  if (!std::isfinite(d)) d = 0;  // JSON has no NaN or infinity
+  char buffer[32];
+  std::snprintf(buffer, sizeof buffer, "%.3f", d);
+  out_ += buffer;
   return *this;
 }
 

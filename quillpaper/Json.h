@@ -20,6 +20,7 @@ class JsonWriter {
   JsonWriter& value(const std::string& s) { return value(std::string_view(s)); }
   JsonWriter& value(bool b);
   JsonWriter& value(int i);
+  JsonWriter& value(double d);  // three decimals
   JsonWriter& null();
   const std::string& str() const { return out_; }
 

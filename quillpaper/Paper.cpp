@@ -6,6 +6,7 @@
 #include "quillpaper/StartupForm.h"
 #include "quillpaper/StatisticsTables.h"
 #include "quillpaper/docx/DocxWriter.h"
+#include "quillpaper/references/ReaderModel.h"
 #include "quillpaper/references/ReferenceList.h"
 #include "quillpaper/references/ReferencePipeline.h"
 
@@ -58,7 +59,10 @@ void addTables(Session& session, PaperBuilder& builder, const std::vector<int>& 
 // The formatted reference list goes on the references page, in APA order.
 void addReferences(Session& session, Paper& paper, const std::vector<std::pair<int, std::string>>& entries,
                    int edition) {
-  ReferencePipeline pipeline(session, {ReferencePipeline::Steps::All, edition});
+  std::string readerProblem;
+  const quillreader::Model* reader = readerModel(readerProblem);
+  if (!reader) paper.referenceNotes.push_back("entries in other citation styles are kept as typed: " + readerProblem);
+  ReferencePipeline pipeline(session, {ReferencePipeline::Steps::All, edition, reader, kReaderThreshold});
   std::vector<FormattedReference> list;
   for (const auto& [line, entry] : entries) list.push_back(pipeline.format(entry, line));
   for (const FormattedReference& r : list) {

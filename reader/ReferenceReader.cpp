@@ -113,17 +113,42 @@ Reading Model::read(std::string_view entry, const std::vector<Token>& tokens) co
   r.tokens = tokens;
   const std::vector<Scores> emit = emissions(entry, tokens);
   const std::vector<size_t> path = viterbi(emit, transitions_);
-  double margins = 0;
-  for (size_t i = 0; i < path.size(); ++i) {
-    r.labels.push_back(static_cast<Label>(path[i]));
-    const size_t from = i == 0 ? kLabels : path[i - 1];
-    float chosen = emit[i][path[i]] + transitions_[from][path[i]];
+  for (size_t label : path) r.labels.push_back(static_cast<Label>(label));
+  const size_t n = path.size();
+  if (n == 0) return r;
+  // Max-marginals: the best score of any sequence with label l at token i,
+  // from a forward and a backward pass. A token's margin is how far its
+  // label's max-marginal is ahead of the next label's.
+  std::vector<Scores> forward(n), backward(n, Scores{});
+  for (size_t l = 0; l < kLabels; ++l) forward[0][l] = transitions_[kLabels][l] + emit[0][l];
+  for (size_t i = 1; i < n; ++i)
+    for (size_t l = 0; l < kLabels; ++l) {
+      float top = -INFINITY;
+      for (size_t p = 0; p < kLabels; ++p) top = std::max(top, forward[i - 1][p] + transitions_[p][l]);
+      forward[i][l] = top + emit[i][l];
+    }
+  for (size_t i = n - 1; i-- > 0;)
+    for (size_t l = 0; l < kLabels; ++l) {
+      float top = -INFINITY;
+      for (size_t m = 0; m < kLabels; ++m)
+        top = std::max(top, transitions_[l][m] + emit[i + 1][m] + backward[i + 1][m]);
+      backward[i][l] = top;
+    }
+  std::vector<double> margins;
+  for (size_t i = 0; i < n; ++i) {
+    const float chosen = forward[i][path[i]] + backward[i][path[i]];
     float other = -INFINITY;
     for (size_t l = 0; l < kLabels; ++l)
-      if (l != path[i]) other = std::max(other, emit[i][l] + transitions_[from][l]);
-    margins += chosen - other;
+      if (l != path[i]) other = std::max(other, forward[i][l] + backward[i][l]);
+    margins.push_back(chosen - other);
   }
-  r.confidence = path.empty() ? 0 : margins / static_cast<double>(path.size());
+  // The weakest decisions tell how sure the reading is: the mean of the three
+  // smallest margins (of all, when there are fewer).
+  std::sort(margins.begin(), margins.end());
+  const size_t weakest = std::min<size_t>(3, margins.size());
+  double sum = 0;
+  for (size_t k = 0; k < weakest; ++k) sum += margins[k];
+  r.confidence = sum / static_cast<double>(weakest);
   return r;
 }
 

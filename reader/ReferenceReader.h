@@ -47,9 +47,9 @@ struct Token {
 };
 std::vector<Token> tokenize(std::string_view text);
 
-// An entry's tokens with their labels, and how sure the reader is: the mean,
-// over the tokens, of the margin by which each label beat the next best
-// (0 when the entry has no tokens).
+// An entry's tokens with their labels, and how sure the reader is: the mean
+// of the three smallest margins by which a token's label beat the next best
+// over whole label sequences (its max-marginal's lead; 0 without tokens).
 struct Reading {
   std::vector<Token> tokens;
   std::vector<Label> labels;

@@ -95,6 +95,8 @@ std::string jsonLine(const FormattedReference& r) {
   w.key("line").value(r.line);
   w.key("input").value(r.input);
   w.key("type").value(r.type);
+  w.key("reader").value(r.reader);
+  if (r.reader != "apa" || r.readerConfidence != 0) w.key("reader_confidence").value(r.readerConfidence);
   w.key("fields").beginObject();
   w.key("authors");
   names(w, r.authors);

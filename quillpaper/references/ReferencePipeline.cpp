@@ -1,9 +1,12 @@
 #include "quillpaper/references/ReferencePipeline.h"
 
+#include <regex>
+
 #include "command/ClassFactory.h"
 #include "host/Array.h"
 #include "host/CallSite.h"
 #include "quillpaper/references/Corrections.h"
+#include "quillpaper/references/LabelledEntry.h"
 #include "quillpaper/references/ReferenceFormatter.h"
 #include "quillpaper/references/ReferenceSource.h"
 #include "quillpaper/references/TypedForms.h"
@@ -151,6 +154,32 @@ Items itemsOf(const ObjectRef& entry, int last, bool isFootnote) {
 
 constexpr int kElectronicSource = 4;
 
+// APA's date after the authors: "(2001).", "(2001, May 3).", "(n.d.).", "(in press).",
+// or with the comma people type for its full stop ("(2001),").
+bool looksApa(std::string_view entry) {
+  static const std::regex kDate(R"(\((?:[0-9]{4}[a-z]?(?:, [^)]{1,30})?|n\.d\.|in press)\)[.,])");
+  const std::string text(entry);
+  std::smatch m;
+  return std::regex_search(text, m, kDate) && static_cast<size_t>(m.position(0)) < text.size() * 2 / 3;
+}
+
+// "New York, NY", "London, England", "Thousand Oaks, CA": a few words of a
+// place, nothing a title or a publisher would hold.
+bool looksLikePlace(std::string_view place) {
+  if (place.find_first_of(";:&0123456789") != std::string_view::npos) return false;
+  return str().split(str().trimmed(place), " ", -1).size() <= 5;
+}
+
+// Names a reading may stand on: one group, or persons each with a family
+// name free of commas and given names that start with a capital.
+bool plausibleNames(const std::vector<PersonName>& names) {
+  if (names.size() == 1 && names[0].given.empty()) return !names[0].family.empty();
+  return std::all_of(names.begin(), names.end(), [](const PersonName& n) {
+    return !n.family.empty() && n.family.find(',') == std::string::npos && !n.given.empty() &&
+           std::isupper(static_cast<unsigned char>(n.given[0]));
+  });
+}
+
 // Whether the entry is one the personal-communication rule is for.
 bool isPersonalCommunication(std::string_view entry) {
   const std::string lower = str().lower(entry);
@@ -180,6 +209,53 @@ const ReferencePipeline::EntryClass& ReferencePipeline::entryClass(int type) {
 }
 
 FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
+  FormattedReference r = formatWithRules(entry, line);
+  if (!r.excludedBecause.empty() || !options_.reader || options_.steps != Steps::All) return r;
+  // The APA rules' reading stands for an entry typed in APA's own form: its
+  // date in APA's place ("Lee, A. (2001). …") and its words in their order.
+  if (r.ok() && looksApa(r.input) && keepsWordOrder(r.input, r.text())) return r;
+  return formatAsLabelled(entry, std::move(r));
+}
+
+FormattedReference ReferencePipeline::formatAsLabelled(std::string_view entry, FormattedReference rules) {
+  // The rules' reading, if they had one, stands when the learned reader cannot do better.
+  const bool rulesRead = rules.ok();
+  auto unsure = [&](std::string why) {
+    if (!rulesRead) rules.problems.push_back(std::move(why));
+    return rules;
+  };
+  std::string text = tidyEntry(entry);
+  if (text.empty() || !str().isValidUtf8(entry)) return rules;
+  // A list's numbering ("[3]", "(3)", "3.") is no part of the work.
+  std::string numbering;
+  static const std::regex kNumbering(R"(^(\[[0-9]+\]|\([0-9]+\)|[0-9]+\.)\s+)");
+  std::smatch m;
+  if (std::regex_search(text, m, kNumbering)) {
+    numbering = m[1].str();
+    text.erase(0, static_cast<size_t>(m.length(0)));
+  }
+  const quillreader::Reading reading = options_.reader->read(text);
+  rules.readerConfidence = reading.confidence;
+  if (reading.confidence < options_.readerThreshold)
+    return unsure("read as another citation style, too uncertainly to be trusted");
+  const std::optional<LabelledEntry> labelled = apaFormOf(text, reading);
+  if (!labelled) return unsure("read as another citation style, it has no title or no date");
+  FormattedReference r = formatWithRules(labelled->apa, rules.line);
+  if (!r.ok()) return rules;
+  // The rules kept every word of the APA form; that form keeps every typed word.
+  const WordAudit audit = auditWords(text, labelled->apa, labelled->rewrites);  // the numbering aside
+  if (!audit.clean()) return unsure("read as another citation style, " + audit.reason());
+  if (const std::vector<std::string> lost = wordsLost(text, *labelled); !lost.empty())
+    return unsure("read as another citation style, the APA form would lose \"" + lost.front() + "\"");
+  if (!plausibleNames(r.authors) || !plausibleNames(r.editors))
+    return unsure("read as another citation style, its names do not read as APA writes them");
+  r.input = std::string(entry);
+  r.reader = "learned";
+  r.readerConfidence = reading.confidence;
+  return r;
+}
+
+FormattedReference ReferencePipeline::formatWithRules(std::string_view entry, int line) {
   FormattedReference r;
   r.line = line;
   r.input = std::string(entry);
@@ -271,7 +347,8 @@ FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
   if (r.ok() && hostSteps) {
     Rewrites rewrites = apaRewrites(source->authorList(), settings->authorStyle());
     // The 7th edition leaves out a publisher's place and an e-book's format.
-    if (options_.edition == 7 && !r.publisher.empty()) rewrites.mayLose.push_back(r.place);
+    // (A place that holds more than a place, a title read as one, is no such rewrite.)
+    if (options_.edition == 7 && !r.publisher.empty() && looksLikePlace(r.place)) rewrites.mayLose.push_back(r.place);
     if (options_.edition == 7 && str().contains(source->text("Medium"), "version"))
       rewrites.mayLose.push_back(source->text("Medium"));
     const WordAudit audit = auditWords(r.input, r.text(), rewrites);

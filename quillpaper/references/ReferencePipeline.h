@@ -9,6 +9,7 @@
 #include "quillpaper/references/ReferenceFormatter.h"
 #include "quillpaper/FormattedText.h"
 #include "quillpaper/Session.h"
+#include "reader/ReferenceReader.h"
 
 namespace quillpaper {
 
@@ -27,6 +28,11 @@ struct FormattedReference {
   std::vector<std::string> problems;
   // Set by the template's disable settings: kept out of the reference list, and why.
   std::string excludedBecause;
+  // Which reader read it: "apa" (the entry classes' rules, for APA input that
+  // round-trips) or "learned" (the reader of other citation styles), and how
+  // sure the learned reader was (0 when it was not asked).
+  std::string reader = "apa";
+  double readerConfidence = 0;
 
   bool ok() const { return problems.empty(); }
   std::string text() const { return plainText(runs); }
@@ -45,14 +51,21 @@ std::string tidyEntry(std::string_view raw);
 // audit that keeps an entry as typed rather than lose or add a word.
 // `Steps::LibraryOnly` leaves out what the host adds: the entry as the
 // library alone reads and writes it. `edition` is the APA edition the
-// formatter is asked for (the template's own, 6, unless 7 is). One pipeline
-// serves one session.
+// formatter is asked for (the template's own, 6, unless 7 is). An entry the
+// APA rules cannot read goes to the learned reader when there is one: its
+// labels are written as the APA form the rules read, and the result is kept
+// only when the reader is sure of it and it keeps every typed word. One
+// pipeline serves one session.
 class ReferencePipeline {
  public:
   enum class Steps { All, LibraryOnly };
   struct Options {
     Steps steps = Steps::All;
     int edition = 6;
+    // The learned reader for entries the APA rules cannot read, with the
+    // confidence under which its reading is not trusted; none: APA rules only.
+    const quillreader::Model* reader = nullptr;
+    double readerThreshold = 0;
   };
   explicit ReferencePipeline(Session& session, Options options);
   explicit ReferencePipeline(Session& session) : ReferencePipeline(session, Options{}) {}
@@ -68,6 +81,10 @@ class ReferencePipeline {
     ObjectRef entry;
   };
   const EntryClass& entryClass(int type);
+  // The entry as the APA rules read it.
+  FormattedReference formatWithRules(std::string_view entry, int line);
+  // The entry as the learned reader reads it, or `rules` when it cannot do better.
+  FormattedReference formatAsLabelled(std::string_view entry, FormattedReference rules);
 
   Session& session_;
   Options options_;

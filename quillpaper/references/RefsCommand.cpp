@@ -6,6 +6,7 @@
 #include "quillpaper/Json.h"
 #include "quillpaper/references/ReferenceList.h"
 #include "quillpaper/references/ReferenceInput.h"
+#include "quillpaper/references/ReaderModel.h"
 #include "quillpaper/references/ReferencePipeline.h"
 #include "quillpaper/OutputFile.h"
 
@@ -77,7 +78,10 @@ int refsCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
 
   const std::unique_ptr<std::istream> input = openReferenceList(files.empty() ? "-" : files[0]);
   ReferenceReader reader(*input);
-  ReferencePipeline pipeline(session, {.edition = edition});
+  std::string modelProblem;
+  const quillreader::Model* model = readerModel(modelProblem);
+  if (!model) err << "quillpaper refs: entries in other citation styles are kept as typed: " << modelProblem << "\n";
+  ReferencePipeline pipeline(session, {.edition = edition, .reader = model, .readerThreshold = kReaderThreshold});
   std::optional<OutputFile> file;
   if (output) file.emplace(*output);
   std::ostream& sink = file ? file->stream() : out;

@@ -288,6 +288,9 @@ std::vector<std::string> brokenPunctuation(std::string_view text) {
   for (std::string_view p : {". ,", ", ,", ",,", ", .", ",.", ". :", ". .", "..", "()", "( )", "[]", "[ ]"}) {
     for (size_t at = t.find(p); at != std::string::npos; at = t.find(p, at + 1)) found.emplace_back(p);
   }
+  // "&" joins names; before a number ("65, & 1190–1204") it joins nothing.
+  for (size_t at = t.find("& "); at != std::string::npos; at = t.find("& ", at + 1))
+    if (at + 2 < t.size() && std::isdigit(static_cast<unsigned char>(t[at + 2]))) found.emplace_back("& before a number");
   const std::vector<Token> tokens = tokenize(t);
   for (const Token& token : tokens) {
     Token closed = token;
@@ -318,6 +321,18 @@ WordAudit auditWords(std::string_view typed, std::string_view written, const Rew
   const std::vector<std::string> brokenAfter = brokenPunctuation(written);
   if (!brokenAfter.empty()) audit.damaged = excess(sorted(brokenAfter), sorted(brokenPunctuation(typed)), brokenAfter);
   return audit;
+}
+
+bool keepsWordOrder(std::string_view typed, std::string_view written, size_t slack) {
+  const std::vector<std::string> a = wordsOf(typed), b = wordsOf(written);
+  // The longest common subsequence of the two word sequences.
+  std::vector<size_t> row(b.size() + 1, 0), next(b.size() + 1, 0);
+  for (size_t i = 0; i < a.size(); ++i) {
+    for (size_t j = 0; j < b.size(); ++j)
+      next[j + 1] = a[i] == b[j] ? row[j] + 1 : std::max(row[j + 1], next[j]);
+    std::swap(row, next);
+  }
+  return row[b.size()] + slack >= a.size();
 }
 
 std::string WordAudit::reason() const {

@@ -235,6 +235,8 @@ TEST(TypedReferencesTest, AuditTellsRewritesFromDamage) {
        "the APA form would add \"pp\"; it would break \"pp without its full stop\""},
       {"Review, vol. 19.", "Review, vol.", "the APA form would lose \"19\"; it would add \"vol\""},
       {"A. D. Edn frl. Title. A. D. Edn", "A. D. Edn frl. Title. A. D. Edn.", ""},
+      {"Lee, A. & Ko, B. T. J. 65, 1190–1204 (1993).", "Lee, A., & Ko, B. T. J. 65, & 1190–1204. (1993).",
+       "the APA form would add \"and\"; it would break \"& before a number\""},
       {"A. Retrieved from http://x.org/a", "A. Retrieved from http://x.org/a. Retrieved from http://x.org/a",
        "the APA form would add \"http://x.org/a\""},
       {"A. Retrieved from http://x.org/a", "A. Retrieved from x.org/a",
@@ -727,6 +729,18 @@ TEST(TypedReferencesTest, BothEditionsFromEitherEdition) {
     ASSERT_TRUE(again.ok()) << again.problems.front();
     EXPECT_EQ(markdown(again), r.seventh);
   }
+}
+
+
+// The 7th edition leaves out a publisher's place, and only a place: a title
+// and publisher misread as the place are kept, and the entry with them.
+TEST(TypedReferencesTest, SeventhEditionDropsOnlyAPlace) {
+  ReferencePipeline seventh(testing::session(), {.edition = 7});
+  const FormattedReference f = seventh.format(
+      "(1) Shotton, M. A. Computer Addiction? A Study of Computer Dependency; Taylor & Francis: London, 1989.", 1);
+  std::ostringstream out;
+  writeText({f}, out);
+  EXPECT_NE(out.str().find("A Study of Computer Dependency"), std::string::npos) << out.str();
 }
 
 }  // namespace

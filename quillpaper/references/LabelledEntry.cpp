@@ -1,0 +1,329 @@
+#include "quillpaper/references/LabelledEntry.h"
+
+#include <algorithm>
+#include <cctype>
+#include <map>
+
+#include "quillpaper/references/AuthorNames.h"
+#include "strings/StringUtility.h"
+
+namespace quillpaper {
+
+namespace {
+
+using quillreader::Label;
+
+const QuillStrings::StringUtility& str() { return QuillStrings::strings(); }
+
+// A span without the punctuation and quotes that joined it to its neighbours.
+std::string clean(std::string_view text) {
+  std::string t = str().trimmed(text);
+  const auto strip = [&](std::string_view marks) {
+    bool changed = true;
+    while (changed && !t.empty()) {
+      changed = false;
+      for (std::string_view m : {std::string_view("\xe2\x80\x9c"), std::string_view("\xe2\x80\x9d"),
+                                 std::string_view("\xe2\x80\x98"), std::string_view("\xe2\x80\x99")}) {
+        if (t.starts_with(m)) t.erase(0, m.size()), changed = true;
+        if (t.ends_with(m)) t.erase(t.size() - m.size()), changed = true;
+      }
+      if (!t.empty() && marks.find(t.front()) != std::string_view::npos) t.erase(0, 1), changed = true;
+      if (!t.empty() && marks.find(t.back()) != std::string_view::npos) t.pop_back(), changed = true;
+      t = str().trimmed(t);
+    }
+  };
+  strip("\"',;:()[]");
+  return t;
+}
+
+// The names labelled `label`, with the full stop right after them that closes
+// an initial ("Kernis, M. H." where the reader left the last "." out).
+std::string namesSpan(const quillreader::Reading& r, std::string_view entry, Label label) {
+  std::string out;
+  for (size_t i = 0; i < r.tokens.size(); ++i) {
+    if (r.labels[i] != label) continue;
+    size_t j = i;
+    while (j + 1 < r.tokens.size() && r.labels[j + 1] == label) ++j;
+    size_t end = r.tokens[j].end;
+    if (end < entry.size() && entry[end] == '.') ++end;
+    out += (out.empty() ? "" : " ") + std::string(entry.substr(r.tokens[i].begin, end - r.tokens[i].begin));
+    i = j;
+  }
+  return out;
+}
+
+std::string first(const quillreader::Reading& r, std::string_view entry, Label label) {
+  const std::vector<std::string> spans = r.spans(entry, label);
+  return spans.empty() ? std::string() : clean(spans.front());
+}
+
+// "Jones, K." with the full stop that ends a title or a name list taken off,
+// unless it closes an initial ("K.") or an abbreviation.
+std::string withoutClosingStop(std::string text) {
+  if (text.ends_with(".")) {
+    const size_t space = text.rfind(' ');
+    const std::string last = text.substr(space == std::string::npos ? 0 : space + 1);
+    if (last.size() > 2) text.pop_back();
+  }
+  return text;
+}
+
+bool isInitials(std::string_view word) {
+  return !word.empty() && word.size() <= 3 && std::all_of(word.begin(), word.end(), [](char c) {
+    return std::isupper(static_cast<unsigned char>(c));
+  });
+}
+
+// "MH" as "M. H.".
+std::string dotted(std::string_view initials) {
+  std::string out;
+  for (char c : initials) out += (out.empty() ? "" : " ") + std::string(1, c) + ".";
+  return out;
+}
+
+// The author (or editor) list as APA writes it, from the forms styles use:
+// "Kernis MH, Cornell DP" (Vancouver), "M. H. Kernis and D. P. Cornell"
+// (given names first), "Kernis, M. H., and D. P. Cornell" (the first name
+// inverted), "Kernis, M. H., Cornell, D. P." (APA's own).
+NameList namesOf(std::string text, Rewrites& rewrites) {
+  NameList list;
+  text = str().trimmed(text);
+  for (std::string_view etAl : {", et al.", " et al.", ", et al", " et al"})
+    if (str().stripTrailing(text, etAl)) list.etAl = true;
+  text = withoutClosingStop(text);
+  std::string joined = text;
+  for (std::string_view sep : {"; ", ", and ", " and ", ", & ", " & "})
+    for (size_t at = joined.find(sep); at != std::string::npos; at = joined.find(sep)) joined.replace(at, sep.size(), ", ");
+  const std::vector<std::string> pieces = str().split(joined, ", ", -1);
+
+  // Vancouver: every piece a family name and its initials run together.
+  const bool vancouver = std::all_of(pieces.begin(), pieces.end(), [](const std::string& p) {
+    const std::vector<std::string> w = str().split(str().trimmed(p), " ", -1);
+    return w.size() >= 2 && isInitials(w.back());
+  });
+  if (vancouver) {
+    for (const std::string& p : pieces) {
+      std::vector<std::string> w = str().split(str().trimmed(p), " ", -1);
+      const std::string initials = w.back();
+      w.pop_back();
+      list.names.push_back({str().join(w, " "), dotted(initials), ""});
+      rewrites.mayLose.push_back(initials);
+      rewrites.mayAdd.push_back(dotted(initials));
+    }
+    return list;
+  }
+  // A piece of initials alone means "Family, I." pairs, perhaps with the
+  // names after the first written given names first (as MLA writes them).
+  const bool inverted = std::any_of(pieces.begin() + (pieces.empty() ? 0 : 1), pieces.end(), [](const std::string& p) {
+    const std::vector<std::string> w = str().split(str().trimmed(p), " ", -1);
+    return std::all_of(w.begin(), w.end(), [](const std::string& x) { return x.size() <= 4 && x.ends_with("."); });
+  });
+  if (inverted) {
+    NameList read = readNames(joined);
+    for (PersonName& n : read.names) {
+      if (!n.given.empty() || str().split(n.family, " ", -1).size() < 2) {
+        list.names.push_back(n);
+        continue;
+      }
+      for (PersonName& g : parseGivenFirstNames(n.family)) list.names.push_back(g);
+    }
+  } else {
+    list.names = parseGivenFirstNames(joined);
+  }
+  for (const PersonName& n : list.names)
+    for (const std::string& w : str().split(n.given, " ", -1))
+      if (hasWrittenOutGivenName(w)) {
+        rewrites.mayLose.push_back(w);
+        rewrites.mayAdd.push_back(initialsOf(w));
+      }
+  return list;
+}
+
+// Given names first, as APA writes editors after "In": "M. Eid & R. J. Larsen".
+std::string givenFirst(const NameList& list) {
+  std::vector<std::string> names;
+  for (const PersonName& n : list.names)
+    names.push_back(n.given.empty() ? n.family : initialsOf(n.given) + " " + n.family);
+  if (names.size() <= 1) return names.empty() ? "" : names.front();
+  if (names.size() == 2) return names[0] + " & " + names[1];
+  return str().join(std::vector<std::string>(names.begin(), names.end() - 1), ", ") + ", & " + names.back();
+}
+
+// "1190–204" as "1190–1204": APA writes both pages in full, with an en dash.
+std::string fullPages(std::string pages, Rewrites& rewrites) {
+  for (std::string_view dash : {"--", "-", "\xe2\x80\x94"})
+    for (size_t at = pages.find(dash); at != std::string::npos; at = pages.find(dash))
+      pages.replace(at, dash.size(), "\xe2\x80\x93");
+  const size_t dash = pages.find("\xe2\x80\x93");
+  if (dash == std::string::npos) return pages;
+  const std::string from = str().trimmed(pages.substr(0, dash)), to = str().trimmed(pages.substr(dash + 3));
+  const bool digits = !from.empty() && !to.empty() &&
+                      std::all_of(from.begin(), from.end(), ::isdigit) && std::all_of(to.begin(), to.end(), ::isdigit);
+  if (digits && to.size() < from.size()) {
+    const std::string whole = from.substr(0, from.size() - to.size()) + to;
+    rewrites.mayLose.push_back(to);
+    rewrites.mayAdd.push_back(whole);
+    return from + "\xe2\x80\x93" + whole;
+  }
+  return from + "\xe2\x80\x93" + to;
+}
+
+// The labels other styles write that APA leaves out or writes its own way.
+void otherStylesLabels(Rewrites& rewrites) {
+  for (const char* w : {"vol", "volume", "no", "nr", "issue", "pp", "p", "in", "available", "at", "from", "online",
+                        "internet", "accessed", "cited", "retrieved", "viewed", "ed", "eds", "edn", "edition",
+                        "editor", "editors", "edited", "by", "and", "doi", "url", "page", "pages"})
+    rewrites.mayLose.push_back(w);
+}
+
+// "(1993)", "(1990, April 9)": the year first, then what else the date says.
+std::string dateOf(const quillreader::Reading& r, std::string_view entry, Rewrites& rewrites) {
+  static const std::pair<const char*, const char*> months[] = {
+      {"jan", "January"}, {"feb", "February"}, {"mar", "March"}, {"apr", "April"}, {"jun", "June"},
+      {"jul", "July"},    {"aug", "August"},   {"sep", "September"}, {"sept", "September"}, {"oct", "October"},
+      {"nov", "November"}, {"dec", "December"}};
+  std::string year, month, day;
+  for (size_t i = 0; i < r.tokens.size(); ++i) {
+    if (r.labels[i] != Label::Date) continue;
+    const std::string w(entry.substr(r.tokens[i].begin, r.tokens[i].end - r.tokens[i].begin));
+    if (w.size() == 4 && std::all_of(w.begin(), w.end(), ::isdigit)) {
+      if (year.empty()) year = w;
+    } else if (!w.empty() && std::all_of(w.begin(), w.end(), ::isdigit)) {
+      day = w;
+    } else if (!w.empty() && std::isalpha(static_cast<unsigned char>(w[0]))) {
+      month = w;
+      for (const auto& [abbreviation, name] : months)
+        if (str().lower(w) == abbreviation) {
+          rewrites.mayLose.push_back(w);
+          rewrites.mayAdd.push_back(name);
+          month = name;
+        }
+    }
+  }
+  if (year.empty()) return {};
+  std::string date = year;
+  if (!month.empty()) date += ", " + month + (day.empty() ? "" : " " + day);
+  return "(" + date + ")";
+}
+
+std::string sentence(std::string text) {
+  text = str().trimmed(text);
+  if (!text.empty() && std::string_view(".?!").find(text.back()) == std::string_view::npos) text += ".";
+  return text;
+}
+
+std::vector<std::string> wordTokens(std::string_view text) {
+  std::vector<std::string> out;
+  for (const quillreader::Token& t : quillreader::tokenize(text)) {
+    const std::string w = str().lower(text.substr(t.begin, t.end - t.begin));
+    // Punctuation beyond ASCII (quotes, dashes: U+2000 to U+206F) is no word.
+    const bool punctuation = w.size() == 3 && static_cast<unsigned char>(w[0]) == 0xE2 &&
+                             (static_cast<unsigned char>(w[1]) == 0x80 || static_cast<unsigned char>(w[1]) == 0x81);
+    if (w == "&")
+      out.push_back("and");
+    else if (!w.empty() && !punctuation &&
+             (std::isalnum(static_cast<unsigned char>(w[0])) || static_cast<unsigned char>(w[0]) >= 0x80))
+      out.push_back(w);
+  }
+  return out;
+}
+
+}  // namespace
+
+std::vector<std::string> wordsLost(std::string_view typed, const LabelledEntry& written) {
+  std::map<std::string, int> budget;
+  for (const std::string& w : wordTokens(written.apa)) ++budget[w];
+  for (const std::string& allowed : written.rewrites.mayLose)
+    for (const std::string& w : wordTokens(allowed)) ++budget[w];
+  std::vector<std::string> lost;
+  for (const std::string& w : wordTokens(typed)) {
+    // An address is compared whole by the audit; its pieces may be written otherwise ("doi:").
+    if (w.starts_with("http") || w.starts_with("doi") || w.starts_with("10.")) continue;
+    int& left = budget[w];
+    if (left > 0)
+      --left;
+    else
+      lost.push_back(w);
+  }
+  return lost;
+}
+
+std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader::Reading& reading) {
+  LabelledEntry out;
+  Rewrites& rw = out.rewrites;
+  otherStylesLabels(rw);
+  const std::string title = withoutClosingStop(first(reading, entry, Label::Title));
+  const std::string date = dateOf(reading, entry, rw);
+  if (title.empty() || date.empty()) return std::nullopt;
+  std::string authorText = namesSpan(reading, entry, Label::Author);
+  // "et al." after the names belongs to them (the list is not whole).
+  const std::string lowerEntry = str().lower(entry);
+  if (!authorText.empty() && !str().contains(str().lower(authorText), "et al")) {
+    const size_t end = entry.find(str().trimmed(reading.spans(entry, Label::Author).back()));
+    const std::string after = lowerEntry.substr(end == std::string::npos ? lowerEntry.size() : end);
+    if (str().contains(after.substr(0, std::min<size_t>(after.size(), authorText.size() + 12)), "et al"))
+      authorText += ", et al.";
+  }
+  // A list's numbering ("[3]", "3.") is no part of the work.
+  for (size_t i = 0; i < reading.tokens.size() && reading.labels[i] == Label::Other; ++i) {
+    const std::string w(entry.substr(reading.tokens[i].begin, reading.tokens[i].end - reading.tokens[i].begin));
+    if (!w.empty() && std::all_of(w.begin(), w.end(), ::isdigit)) rw.mayLose.push_back(w);
+  }
+  const std::string editorText = namesSpan(reading, entry, Label::Editor);
+  const std::string container = withoutClosingStop(first(reading, entry, Label::Container));
+  const std::string volume = first(reading, entry, Label::Volume), issue = first(reading, entry, Label::Issue);
+  const std::string pagesTyped = first(reading, entry, Label::Pages);
+  const std::string publisher = withoutClosingStop(first(reading, entry, Label::Publisher));
+  const std::string place = first(reading, entry, Label::Place);
+  const std::string edition = first(reading, entry, Label::Edition);
+  const std::string doi = first(reading, entry, Label::Doi), url = first(reading, entry, Label::Url);
+  const std::string pages = pagesTyped.empty() ? "" : fullPages(pagesTyped, rw);
+
+  AuthorStyle style;
+  style.initialsOnly = true;
+  std::string apa;
+  if (!str().trimmed(authorText).empty()) {
+    const NameList list = namesOf(clean(authorText), rw);
+    // APA joins the last of several persons with "&".
+    const bool persons = std::all_of(list.names.begin(), list.names.end(), [](const PersonName& n) {
+      return !n.given.empty() && std::isupper(static_cast<unsigned char>(n.given[0]));
+    });
+    if (list.names.size() >= 2 && persons && !list.etAl) rw.mayAdd.push_back("&");
+    std::string names = formatNames(list, style);
+    apa = sentence(names) + " " + date + ". " + sentence(title);
+  } else {
+    apa = sentence(title) + " " + date + ".";
+  }
+  if (!container.empty() && (!volume.empty() || !issue.empty() || publisher.empty())) {
+    apa += " " + container;
+    if (!volume.empty()) apa += ", " + volume + (issue.empty() ? "" : "(" + issue + ")");
+    if (!pages.empty()) apa += ", " + pages;
+    apa += ".";
+  } else if (!container.empty()) {
+    // A chapter or a paper in proceedings: "In E. Editor (Ed.), Book (pp. x–y). Place: Publisher."
+    NameList editors = editorText.empty() ? NameList{} : namesOf(clean(editorText), rw);
+    apa += " In ";
+    if (!editors.names.empty()) apa += givenFirst(editors) + (editors.names.size() > 1 ? " (Eds.), " : " (Ed.), ");
+    apa += container + (pages.empty() ? "" : " (pp. " + pages + ")") + ".";
+    if (!publisher.empty()) apa += " " + (place.empty() ? "" : place + ": ") + sentence(publisher);
+  } else if (!publisher.empty()) {
+    if (!edition.empty()) {
+      // "(2nd ed.)" after the title, before its full stop.
+      apa.pop_back();
+      apa += " (" + edition + (str().contains(str().lower(edition), "ed") ? "" : " ed.") + ").";
+    }
+    apa += " " + (place.empty() ? "" : place + ": ") + sentence(publisher);
+  }
+  if (!doi.empty()) {
+    std::string d = doi;
+    for (std::string_view p : {"https://doi.org/", "http://doi.org/", "http://dx.doi.org/", "doi:"})
+      if (str().stripLeading(d, p)) break;
+    apa += " doi:" + str().trimmed(d);
+  } else if (!url.empty()) {
+    apa += " Retrieved from " + url;
+  }
+  out.apa = apa;
+  return out;
+}
+
+}  // namespace quillpaper

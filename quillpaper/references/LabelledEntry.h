@@ -1,0 +1,33 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "quillpaper/references/WordAudit.h"
+#include "reader/ReferenceReader.h"
+
+namespace quillpaper {
+
+// An entry the learned reader labelled, written in the APA form the APA
+// rules read ("Kernis MH, Cornell DP. There's more… J Pers Soc Psychol.
+// 1993;65:1190-204." gives "Kernis, M. H., & Cornell, D. P. (1993). There's
+// more…. J Pers Soc Psychol, 65, 1190–1204."), with what that form may lose
+// or add of the typed words: other styles' labels ("vol.", "Available at:",
+// "[Internet]"), initials written out or run together, an abbreviated page
+// range written whole, month names written out.
+struct LabelledEntry {
+  std::string apa;
+  Rewrites rewrites;
+};
+
+// Empty when the reading has no title or no date to build an entry on.
+std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader::Reading& reading);
+
+// The typed words the APA form lacks, counting every word (a description in
+// brackets, an abbreviation too: the APA form built from a reading writes
+// none of them in other words), but for the declared rewrites.
+std::vector<std::string> wordsLost(std::string_view typed, const LabelledEntry& written);
+
+}  // namespace quillpaper

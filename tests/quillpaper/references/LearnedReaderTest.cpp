@@ -1,0 +1,87 @@
+#include <gtest/gtest.h>
+
+#include "quillpaper/references/ReaderModel.h"
+#include "quillpaper/references/ReferencePipeline.h"
+#include "tests/quillpaper/references/ReferenceSupport.h"
+
+namespace quillpaper {
+namespace {
+
+// The same two works in ten citation styles, through the pipeline with the
+// committed model: what the learned reader reads comes out in APA form, what
+// it is unsure of comes out as typed, and APA input stays the rules'.
+// Catches a model or a conversion that reads a style it used to, and any
+// reading that would lose a typed word.
+TEST(LearnedReaderTest, TenStyles) {
+  std::string problem;
+  const quillreader::Model* model = readerModel(problem);
+  ASSERT_TRUE(model) << problem;
+  ReferencePipeline pipeline(testing::session(), {.edition = 7, .reader = model, .readerThreshold = kReaderThreshold});
+  const char* kernis =
+      "Kernis, M. H., Cornell, D. P., Sun, C.-R., Berry, A., & Harlow, T. (1993). There's more to self-esteem than "
+      "whether it is high or low: The importance of stability of self-esteem. Journal of Personality and Social "
+      "Psychology, 65(6), 1190–1204.";
+  const char* shotton = "Shotton, M. A. (1989). Computer addiction? A study of computer dependency. Taylor & Francis.";
+  struct Row {
+    const char* style;
+    const char* typed;
+    const char* reader;  // "learned", "apa", or "" for kept as typed
+    const char* written;
+  };
+  const Row rows[] = {
+      {"IEEE",
+       "[1] M. H. Kernis, D. P. Cornell, C.-R. Sun, A. Berry, and T. Harlow, “There's more to self-esteem than "
+       "whether it is high or low: The importance of stability of self-esteem,” Journal of Personality and Social "
+       "Psychology, vol. 65, no. 6, pp. 1190–1204, 1993.",
+       "learned", kernis},
+      {"Harvard",
+       "Kernis, M. H., Cornell, D. P., Sun, C.-R., Berry, A. and Harlow, T. (1993) ‘There's more to self-esteem "
+       "than whether it is high or low: The importance of stability of self-esteem’, Journal of Personality and "
+       "Social Psychology, 65(6), pp. 1190–1204.",
+       "learned", kernis},
+      {"MLA",
+       "Kernis, Michael H., et al. “There's More to Self-Esteem than Whether It Is High or Low: The Importance of "
+       "Stability of Self-Esteem.” Journal of Personality and Social Psychology, vol. 65, no. 6, 1993, pp. 1190–1204.",
+       "learned",
+       "Kernis, M. H., et al. (1993). There's More to Self-Esteem than Whether It Is High or Low: The Importance of "
+       "Stability of Self-Esteem. Journal of Personality and Social Psychology, 65(6), 1190–1204."},
+      {"Vancouver book", "Shotton MA. Computer addiction? A study of computer dependency. London: Taylor & Francis; 1989.",
+       "learned", shotton},
+      {"MLA book", "Shotton, M. A. Computer Addiction? A Study of Computer Dependency. Taylor & Francis, 1989.",
+       "learned", "Shotton, M. A. (1989). Computer Addiction? A Study of Computer Dependency. Taylor & Francis."},
+      {"APA 6", "Shotton, M. A. (1989). Computer addiction? A study of computer dependency. London, England: Taylor & "
+                "Francis.",
+       "apa", shotton},
+      {"Vancouver",
+       "Kernis MH, Cornell DP, Sun CR, Berry A, Harlow T. There's more to self-esteem than whether it is high or "
+       "low: the importance of stability of self-esteem. J Pers Soc Psychol. 1993;65(6):1190-204.",
+       "", ""},
+      {"Chicago",
+       "Kernis, Michael H., David P. Cornell, Chien-Ru Sun, Andrea Berry, and T. Harlow. 1993. “There's More to "
+       "Self-Esteem than Whether It Is High or Low: The Importance of Stability of Self-Esteem.” Journal of "
+       "Personality and Social Psychology 65 (6): 1190–1204.",
+       "", ""},
+      {"Nature",
+       "1. Kernis, M. H., Cornell, D. P., Sun, C.-R., Berry, A. & Harlow, T. There's more to self-esteem than "
+       "whether it is high or low: the importance of stability of self-esteem. J. Pers. Soc. Psychol. 65, "
+       "1190–1204 (1993).",
+       "", ""},
+      {"ACS", "(1) Shotton, M. A. Computer Addiction? A Study of Computer Dependency; Taylor & Francis: London, 1989.",
+       "", ""},
+  };
+  for (const Row& r : rows) {
+    SCOPED_TRACE(r.style);
+    const FormattedReference f = pipeline.format(r.typed, 1);
+    if (!*r.reader) {
+      EXPECT_FALSE(f.ok()) << f.text();  // kept as typed, and said so
+      continue;
+    }
+    ASSERT_TRUE(f.ok()) << f.problems.front();
+    EXPECT_EQ(f.reader, r.reader);
+    EXPECT_EQ(f.text(), r.written);
+    EXPECT_EQ(f.input, r.typed);
+  }
+}
+
+}  // namespace
+}  // namespace quillpaper

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "quillpaper/Session.h"
+#include "quillpaper/references/ReaderModel.h"
 #include "quillpaper/references/ReferenceList.h"
 #include "quillpaper/references/ReferencePipeline.h"
 #include "quillpaper/references/WordAudit.h"
@@ -18,7 +19,11 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static quillpaper::Session session(
       quillpaper::DiagnosticsService::Options{quillpaper::ErrorPolicy::Exit, {}, std::filesystem::temp_directory_path()});
-  quillpaper::ReferencePipeline pipeline(session);
+  // With the learned reader, as `quillpaper refs` reads: entries in other styles go to it.
+  static std::string problem;
+  static const quillreader::Model* model = quillpaper::readerModel(problem);
+  quillpaper::ReferencePipeline pipeline(
+      session, {.edition = 6, .reader = model, .readerThreshold = quillpaper::kReaderThreshold});
   const quillpaper::FormattedReference r =
       pipeline.format(std::string_view(reinterpret_cast<const char*>(data), size), 1);
   for (const std::string& problem : r.problems)

@@ -15,6 +15,10 @@ using quillreader::Label;
 
 const QuillStrings::StringUtility& str() { return QuillStrings::strings(); }
 
+bool allDigits(std::string_view s) {
+  return !s.empty() && std::all_of(s.begin(), s.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
 // A span without the punctuation and quotes that joined it to its neighbours.
 std::string clean(std::string_view text) {
   std::string t = str().trimmed(text);
@@ -157,8 +161,7 @@ std::string fullPages(std::string pages, Rewrites& rewrites) {
   const size_t dash = pages.find("\xe2\x80\x93");
   if (dash == std::string::npos) return pages;
   const std::string from = str().trimmed(pages.substr(0, dash)), to = str().trimmed(pages.substr(dash + 3));
-  const bool digits = !from.empty() && !to.empty() &&
-                      std::all_of(from.begin(), from.end(), ::isdigit) && std::all_of(to.begin(), to.end(), ::isdigit);
+  const bool digits = allDigits(from) && allDigits(to);
   if (digits && to.size() < from.size()) {
     const std::string whole = from.substr(0, from.size() - to.size()) + to;
     rewrites.mayLose.push_back(to);
@@ -186,9 +189,9 @@ std::string dateOf(const quillreader::Reading& r, std::string_view entry, Rewrit
   for (size_t i = 0; i < r.tokens.size(); ++i) {
     if (r.labels[i] != Label::Date) continue;
     const std::string w(entry.substr(r.tokens[i].begin, r.tokens[i].end - r.tokens[i].begin));
-    if (w.size() == 4 && std::all_of(w.begin(), w.end(), ::isdigit)) {
+    if (w.size() == 4 && allDigits(w)) {
       if (year.empty()) year = w;
-    } else if (!w.empty() && std::all_of(w.begin(), w.end(), ::isdigit)) {
+    } else if (allDigits(w)) {
       day = w;
     } else if (!w.empty() && std::isalpha(static_cast<unsigned char>(w[0]))) {
       month = w;
@@ -267,7 +270,7 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
   // A list's numbering ("[3]", "3.") is no part of the work.
   for (size_t i = 0; i < reading.tokens.size() && reading.labels[i] == Label::Other; ++i) {
     const std::string w(entry.substr(reading.tokens[i].begin, reading.tokens[i].end - reading.tokens[i].begin));
-    if (!w.empty() && std::all_of(w.begin(), w.end(), ::isdigit)) rw.mayLose.push_back(w);
+    if (allDigits(w)) rw.mayLose.push_back(w);
   }
   const std::string editorText = namesSpan(reading, entry, Label::Editor);
   const std::string container = withoutClosingStop(first(reading, entry, Label::Container));

@@ -85,6 +85,22 @@ std::string dotted(std::string_view initials) {
   return out;
 }
 
+// "David P. Cornell", "T. Harlow", "Ludwig van Beethoven": given names, then
+// the family name (the last word, with the particles in lower case before it).
+std::vector<PersonName> givenFirstNames(const std::vector<std::string>& pieces) {
+  std::vector<PersonName> out;
+  for (const std::string& piece : pieces) {
+    std::vector<std::string> w = str().split(str().trimmed(piece), " ", -1);
+    std::erase(w, std::string());
+    if (w.empty()) continue;
+    size_t familyAt = w.size() - 1;
+    while (familyAt > 1 && std::islower(static_cast<unsigned char>(w[familyAt - 1][0]))) --familyAt;
+    out.push_back({str().join(std::vector<std::string>(w.begin() + static_cast<long>(familyAt), w.end()), " "),
+                   str().join(std::vector<std::string>(w.begin(), w.begin() + static_cast<long>(familyAt)), " "), ""});
+  }
+  return out;
+}
+
 // The author (or editor) list as APA writes it, from the forms styles use:
 // "Kernis MH, Cornell DP" (Vancouver), "M. H. Kernis and D. P. Cornell"
 // (given names first), "Kernis, M. H., and D. P. Cornell" (the first name
@@ -101,19 +117,40 @@ NameList namesOf(std::string text, Rewrites& rewrites) {
   const std::vector<std::string> pieces = str().split(joined, ", ", -1);
 
   // Vancouver: every piece a family name and its initials run together.
-  const bool vancouver = std::all_of(pieces.begin(), pieces.end(), [](const std::string& p) {
-    const std::vector<std::string> w = str().split(str().trimmed(p), " ", -1);
+  const auto wordsOfPiece = [](const std::string& p) {
+    std::string t = str().trimmed(p);
+    if (t.ends_with(".")) t.pop_back();  // the list's closing full stop
+    return str().split(t, " ", -1);
+  };
+  const bool vancouver = std::all_of(pieces.begin(), pieces.end(), [&](const std::string& p) {
+    const std::vector<std::string> w = wordsOfPiece(p);
     return w.size() >= 2 && isInitials(w.back());
   });
   if (vancouver) {
     for (const std::string& p : pieces) {
-      std::vector<std::string> w = str().split(str().trimmed(p), " ", -1);
+      std::vector<std::string> w = wordsOfPiece(p);
       const std::string initials = w.back();
       w.pop_back();
       list.names.push_back({str().join(w, " "), dotted(initials), ""});
       rewrites.mayLose.push_back(initials);
       rewrites.mayAdd.push_back(dotted(initials));
     }
+    return list;
+  }
+  // The first name inverted, the others given names first (Chicago, MLA):
+  // "Kernis, Michael H., David P. Cornell, and T. Harlow".
+  const auto twoWordsOrMore = [](const std::string& p) { return str().split(str().trimmed(p), " ", -1).size() >= 2; };
+  if (pieces.size() >= 2 && std::all_of(pieces.begin() + 2, pieces.end(), twoWordsOrMore) &&
+      !twoWordsOrMore(pieces[0]) && std::isupper(static_cast<unsigned char>(str().trimmed(pieces[1])[0]))) {
+    list.names.push_back({str().trimmed(pieces[0]), str().trimmed(pieces[1]), ""});
+    for (PersonName& n : givenFirstNames(std::vector<std::string>(pieces.begin() + 2, pieces.end())))
+      list.names.push_back(n);
+    for (const PersonName& n : list.names)
+      for (const std::string& w : str().split(n.given, " ", -1))
+        if (hasWrittenOutGivenName(w)) {
+          rewrites.mayLose.push_back(w);
+          rewrites.mayAdd.push_back(initialsOf(w));
+        }
     return list;
   }
   // A piece of initials alone means "Family, I." pairs, perhaps with the
@@ -129,10 +166,10 @@ NameList namesOf(std::string text, Rewrites& rewrites) {
         list.names.push_back(n);
         continue;
       }
-      for (PersonName& g : parseGivenFirstNames(n.family)) list.names.push_back(g);
+      for (PersonName& g : givenFirstNames({n.family})) list.names.push_back(g);
     }
   } else {
-    list.names = parseGivenFirstNames(joined);
+    list.names = givenFirstNames(pieces);
   }
   for (const PersonName& n : list.names)
     for (const std::string& w : str().split(n.given, " ", -1))

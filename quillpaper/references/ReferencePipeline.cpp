@@ -173,9 +173,15 @@ bool looksLikePlace(std::string_view place) {
 // Names a reading may stand on: one group, or persons each with a family
 // name free of commas and given names that start with a capital.
 bool plausibleNames(const std::vector<PersonName>& names) {
-  if (names.size() == 1 && names[0].given.empty()) return !names[0].family.empty();
+  // A group: a name of words, with nothing a broken list of persons leaves ("H., S. (. P.").
+  if (names.size() == 1 && names[0].given.empty())
+    return !names[0].family.empty() && names[0].family.find_first_of(",()") == std::string::npos;
   return std::all_of(names.begin(), names.end(), [](const PersonName& n) {
-    return !n.family.empty() && n.family.find(',') == std::string::npos && !n.given.empty() &&
+    // A family name of capitals alone ("MH") is initials read as a name.
+    const bool initialsOnly = n.family.size() <= 3 && std::none_of(n.family.begin(), n.family.end(), [](char c) {
+      return std::islower(static_cast<unsigned char>(c));
+    });
+    return !n.family.empty() && !initialsOnly && n.family.find(',') == std::string::npos && !n.given.empty() &&
            std::isupper(static_cast<unsigned char>(n.given[0]));
   });
 }

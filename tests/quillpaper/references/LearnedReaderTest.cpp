@@ -55,12 +55,18 @@ TEST(LearnedReaderTest, TenStyles) {
       {"Vancouver",
        "Kernis MH, Cornell DP, Sun CR, Berry A, Harlow T. There's more to self-esteem than whether it is high or "
        "low: the importance of stability of self-esteem. J Pers Soc Psychol. 1993;65(6):1190-204.",
-       "", ""},
+       "learned",
+       "Kernis, M. H., Cornell, D. P., Sun, C. R., Berry, A., & Harlow, T. (1993). There's more to self-esteem than "
+       "whether it is high or low: the importance of stability of self-esteem. J Pers Soc Psychol, 65(6), "
+       "1190–1204."},
       {"Chicago",
        "Kernis, Michael H., David P. Cornell, Chien-Ru Sun, Andrea Berry, and T. Harlow. 1993. “There's More to "
        "Self-Esteem than Whether It Is High or Low: The Importance of Stability of Self-Esteem.” Journal of "
        "Personality and Social Psychology 65 (6): 1190–1204.",
-       "", ""},
+       "learned",
+       "Kernis, M. H., Cornell, D. P., Sun, C.-R., Berry, A., & Harlow, T. (1993). There's More to Self-Esteem than "
+       "Whether It Is High or Low: The Importance of Stability of Self-Esteem. Journal of Personality and Social "
+       "Psychology, 65(6), 1190–1204."},
       {"Nature",
        "1. Kernis, M. H., Cornell, D. P., Sun, C.-R., Berry, A. & Harlow, T. There's more to self-esteem than "
        "whether it is high or low: the importance of stability of self-esteem. J. Pers. Soc. Psychol. 65, "

@@ -244,14 +244,16 @@ FormattedReference ReferencePipeline::formatAsLabelled(std::string_view entry, F
   rules.readerConfidence = reading.confidence;
   if (reading.confidence < options_.readerThreshold)
     return unsure("read as another citation style, too uncertainly to be trusted");
-  const std::optional<LabelledEntry> labelled = apaFormOf(text, reading);
+  std::optional<LabelledEntry> labelled = apaFormOf(text, reading);
   if (!labelled) return unsure("read as another citation style, it has no title or no date");
   FormattedReference r = formatWithRules(labelled->apa, rules.line);
   if (!r.ok()) return rules;
   // The rules kept every word of the APA form; that form keeps every typed word.
-  const WordAudit audit = auditWords(text, labelled->apa, labelled->rewrites);  // the numbering aside
+  // Against the entry as typed, as the rules' audit is: the numbering aside.
+  if (!numbering.empty()) labelled->rewrites.mayLose.push_back(numbering);
+  const WordAudit audit = auditWords(entry, labelled->apa, labelled->rewrites);
   if (!audit.clean()) return unsure("read as another citation style, " + audit.reason());
-  if (const std::vector<std::string> lost = wordsLost(text, *labelled); !lost.empty())
+  if (const std::vector<std::string> lost = wordsLost(entry, *labelled); !lost.empty())
     return unsure("read as another citation style, the APA form would lose \"" + lost.front() + "\"");
   if (!plausibleNames(r.authors) || !plausibleNames(r.editors))
     return unsure("read as another citation style, its names do not read as APA writes them");

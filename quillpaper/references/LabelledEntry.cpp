@@ -67,9 +67,22 @@ std::string withoutClosingStop(std::string text) {
   if (text.ends_with(".")) {
     const size_t space = text.rfind(' ');
     const std::string last = text.substr(space == std::string::npos ? 0 : space + 1);
-    if (last.size() > 2) text.pop_back();
+    // "K." and "K.S." end in an initial's own full stop.
+    if (last.size() > 2 && last.substr(0, last.size() - 1).find('.') == std::string::npos) text.pop_back();
   }
   return text;
+}
+
+// A given name written out ("Michael", "Chien-Ru"): the only words APA may
+// shorten to initials. Initials run together ("K.S") are not.
+bool writtenOut(std::string_view word) {
+  if (word.size() < 2) return false;
+  bool lower = false;
+  for (char c : word) {
+    if (c == '.' ) return false;
+    if (std::islower(static_cast<unsigned char>(c))) lower = true;
+  }
+  return lower;
 }
 
 bool isInitials(std::string_view word) {
@@ -147,7 +160,7 @@ NameList namesOf(std::string text, Rewrites& rewrites) {
       list.names.push_back(n);
     for (const PersonName& n : list.names)
       for (const std::string& w : str().split(n.given, " ", -1))
-        if (hasWrittenOutGivenName(w)) {
+        if (writtenOut(w)) {
           rewrites.mayLose.push_back(w);
           rewrites.mayAdd.push_back(initialsOf(w));
         }
@@ -173,7 +186,7 @@ NameList namesOf(std::string text, Rewrites& rewrites) {
   }
   for (const PersonName& n : list.names)
     for (const std::string& w : str().split(n.given, " ", -1))
-      if (hasWrittenOutGivenName(w)) {
+      if (writtenOut(w)) {
         rewrites.mayLose.push_back(w);
         rewrites.mayAdd.push_back(initialsOf(w));
       }

@@ -89,5 +89,17 @@ TEST(LearnedReaderTest, TenStyles) {
   }
 }
 
+// Initials typed together ("K.S.") are initials, not a given name to shorten:
+// the learned reading keeps both (a fuzz case lost the "S.").
+TEST(LearnedReaderTest, InitialsTypedTogetherStay) {
+  std::string problem;
+  const quillreader::Model* model = readerModel(problem);
+  ASSERT_TRUE(model) << problem;
+  ReferencePipeline pipeline(testing::session(), {.edition = 6, .reader = model, .readerThreshold = kReaderThreshold});
+  const FormattedReference f =
+      pipeline.format("Wolf, K.S. (2003)eamed environment.\u201d Some Journal, 2(1), 1\u201310.", 1);
+  EXPECT_NE(f.text().find("K.S."), std::string::npos) << f.text();
+}
+
 }  // namespace
 }  // namespace quillpaper

@@ -2,8 +2,8 @@
 // it, with every output form written: a result or a clear problem, never a
 // crash and never an error inside the library. What the list shows is the
 // entry as typed, or an APA form that loses and adds no word but for what
-// APA changes in the names of authors and editors (initials, the names
-// between the sixth and the last).
+// APA changes in the names of authors and editors (initials, also typed
+// together, the names between the sixth and the last).
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -36,7 +36,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     quillpaper::Rewrites names;
     for (const auto* people : {&r.authors, &r.editors})
       for (const quillpaper::PersonName& n : *people) {
-        names.mayLose.insert(names.mayLose.end(), {n.family, n.given});
+        // Initials typed together ("KF", Vancouver's) are the same initials.
+        std::string together;
+        for (char c : n.given)
+          if (c != '.' && c != ' ') together += c;
+        names.mayLose.insert(names.mayLose.end(), {n.family, n.given, together});
         names.mayAdd.insert(names.mayAdd.end(), {quillpaper::initialsOf(n.given), "&"});
       }
     if (shown.find("\u2026") != std::string::npos) names.mayLose.push_back("&");  // the ellipsis stands for it

@@ -223,9 +223,11 @@ std::string fullPages(std::string pages, Rewrites& rewrites) {
 
 // The labels other styles write that APA leaves out or writes its own way.
 void otherStylesLabels(Rewrites& rewrites) {
+  // Not the editors' ("Ed.", "edited by"): an APA form that leaves them out
+  // has lost who the editors are.
   for (const char* w : {"vol", "volume", "no", "nr", "issue", "pp", "p", "in", "available", "at", "from", "online",
-                        "internet", "accessed", "cited", "retrieved", "viewed", "ed", "eds", "edn", "edition",
-                        "editor", "editors", "edited", "by", "and", "doi", "url", "page", "pages"})
+                        "internet", "accessed", "cited", "retrieved", "viewed", "edn", "edition", "and", "doi",
+                        "url", "page", "pages"})
     rewrites.mayLose.push_back(w);
 }
 

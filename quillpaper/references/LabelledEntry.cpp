@@ -76,11 +76,14 @@ std::string withoutClosingStop(std::string text) {
 // A given name written out ("Michael", "Chien-Ru"): the only words APA may
 // shorten to initials. Initials run together ("K.S") are not.
 bool writtenOut(std::string_view word) {
-  if (word.size() < 2) return false;
+  if (word.size() < 2 || !std::isupper(static_cast<unsigned char>(word[0]))) return false;
   bool lower = false;
-  for (char c : word) {
-    if (c == '.' ) return false;
-    if (std::islower(static_cast<unsigned char>(c))) lower = true;
+  for (size_t i = 1; i < word.size(); ++i) {
+    const unsigned char c = static_cast<unsigned char>(word[i]);
+    if (c == '.') return false;
+    // A capital only after a hyphen or an apostrophe ("Chien-Ru", "O'Neil"), never "CSa".
+    if (std::isupper(c) && word[i - 1] != '-' && word[i - 1] != '\'') return false;
+    if (std::islower(c)) lower = true;
   }
   return lower;
 }
@@ -153,7 +156,10 @@ NameList namesOf(std::string text, Rewrites& rewrites) {
   // The first name inverted, the others given names first (Chicago, MLA):
   // "Kernis, Michael H., David P. Cornell, and T. Harlow".
   const auto twoWordsOrMore = [](const std::string& p) { return str().split(str().trimmed(p), " ", -1).size() >= 2; };
-  if (pieces.size() >= 2 && std::all_of(pieces.begin() + 2, pieces.end(), twoWordsOrMore) &&
+  // (Only when a comma, not "and", stands between the first two: "Mackenzie
+  // and Harris" are two names.)
+  if (pieces.size() >= 2 && str().beginsWith(text, str().trimmed(pieces[0]) + ", ") &&
+      std::all_of(pieces.begin() + 2, pieces.end(), twoWordsOrMore) &&
       !twoWordsOrMore(pieces[0]) && std::isupper(static_cast<unsigned char>(str().trimmed(pieces[1])[0]))) {
     list.names.push_back({str().trimmed(pieces[0]), str().trimmed(pieces[1]), ""});
     for (PersonName& n : givenFirstNames(std::vector<std::string>(pieces.begin() + 2, pieces.end())))
@@ -226,7 +232,7 @@ void otherStylesLabels(Rewrites& rewrites) {
   // Not the editors' ("Ed.", "edited by"): an APA form that leaves them out
   // has lost who the editors are.
   for (const char* w : {"vol", "volume", "no", "nr", "issue", "pp", "p", "in", "available", "at", "from", "online",
-                        "internet", "accessed", "cited", "retrieved", "viewed", "edn", "edition", "and", "doi",
+                        "internet", "accessed", "cited", "retrieved", "viewed", "edn", "edition", "doi",
                         "url", "page", "pages"})
     rewrites.mayLose.push_back(w);
 }

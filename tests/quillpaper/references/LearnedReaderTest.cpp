@@ -101,5 +101,25 @@ TEST(LearnedReaderTest, InitialsTypedTogetherStay) {
   EXPECT_NE(f.text().find("K.S."), std::string::npos) << f.text();
 }
 
+// Entries fuzzing found the learned path damaging: each comes out whole or as typed.
+TEST(LearnedReaderTest, FuzzFindingsKeepEveryWord) {
+  std::string problem;
+  const quillreader::Model* model = readerModel(problem);
+  ASSERT_TRUE(model) << problem;
+  ReferencePipeline pipeline(testing::session(), {.edition = 6, .reader = model, .readerThreshold = kReaderThreshold});
+  for (const char* entry : {
+           "Jap\x02nese funds. (1992). Barron.",
+           "Psychoanalysis insti\x0fute to open. (1948, September 18).",
+           "Jacobs, CSa, &esin, D. H. (2003) vi<a manifold), Liverpool, UK, 2003.",
+           "Mackenzie and Harris. (1935) DCentaur and Arrighi: Font sizes and prices. San Francisco: Mackenzie and "
+           "Harris.",
+           "Chark, M (Ed-.). *1984) .oCastam researcich, UK: Geo Books.",
+       }) {
+    // Each reading loses a character or a name: none may stand.
+    const FormattedReference f = pipeline.format(entry, 1);
+    EXPECT_NE(f.reader, "learned") << entry << "\n" << f.text();
+  }
+}
+
 }  // namespace
 }  // namespace quillpaper

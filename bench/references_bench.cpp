@@ -103,18 +103,30 @@ BENCHMARK(BM_LongEntry)
     ->Unit(benchmark::kMillisecond)
     ->Iterations(1);
 
+// The development references, read once, and a session that formats them
+// without tracing or asking.
+const std::vector<std::string>& devEntries() {
+  static const std::vector<std::string> entries = loadEntries();
+  return entries;
+}
+
+quillpaper::Session& benchSession() {
+  ::setenv("XDG_CONFIG_HOME", "/nonexistent", 1);
+  static quillpaper::Session session(
+      quillpaper::DiagnosticsService::Options{quillpaper::ErrorPolicy::Ignore, {}, "/tmp"});
+  return session;
+}
+
 // A reference file of 10,000 and of 100,000 lines, formatted one after the
 // other as `quillpaper refs` does: the time per line stays the same and the
 // memory does not grow with the number of lines formatted.
 void BM_ReferenceFile(benchmark::State& state) {
-  static const std::vector<std::string> entries = loadEntries();
+  const std::vector<std::string>& entries = devEntries();
   if (entries.empty()) {
     state.SkipWithError("the development references were not found");
     return;
   }
-  ::setenv("XDG_CONFIG_HOME", "/nonexistent", 1);
-  static quillpaper::Session session(
-      quillpaper::DiagnosticsService::Options{quillpaper::ErrorPolicy::Ignore, {}, "/tmp"});
+  quillpaper::Session& session = benchSession();
   quillpaper::ReferencePipeline pipeline(session);
   const size_t lines = static_cast<size_t>(state.range(0));
   const double before = peakRssMb();
@@ -131,14 +143,12 @@ BENCHMARK(BM_ReferenceFile)->Arg(10000)->Arg(100000)->Unit(benchmark::kSecond)->
 // formatting, as a multiple of the list's size (run it alone for a true figure:
 // the peak is the process's).
 void BM_ReferenceListDocx(benchmark::State& state) {
-  static const std::vector<std::string> entries = loadEntries();
+  const std::vector<std::string>& entries = devEntries();
   if (entries.empty()) {
     state.SkipWithError("the development references were not found");
     return;
   }
-  ::setenv("XDG_CONFIG_HOME", "/nonexistent", 1);
-  static quillpaper::Session session(
-      quillpaper::DiagnosticsService::Options{quillpaper::ErrorPolicy::Ignore, {}, "/tmp"});
+  quillpaper::Session& session = benchSession();
   quillpaper::ReferencePipeline pipeline(session);
   const std::filesystem::path out = std::filesystem::temp_directory_path() / "references_bench.docx";
   const size_t lines = static_cast<size_t>(state.range(0));

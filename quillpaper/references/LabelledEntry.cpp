@@ -164,21 +164,13 @@ NameList namesOf(std::string text, Rewrites& rewrites) {
     list.names.push_back({str().trimmed(pieces[0]), str().trimmed(pieces[1]), ""});
     for (PersonName& n : givenFirstNames(std::vector<std::string>(pieces.begin() + 2, pieces.end())))
       list.names.push_back(n);
-    for (const PersonName& n : list.names)
-      for (const std::string& w : str().split(n.given, " ", -1))
-        if (writtenOut(w)) {
-          rewrites.mayLose.push_back(w);
-          rewrites.mayAdd.push_back(initialsOf(w));
-        }
-    return list;
-  }
-  // A piece of initials alone means "Family, I." pairs, perhaps with the
-  // names after the first written given names first (as MLA writes them).
-  const bool inverted = std::any_of(pieces.begin() + (pieces.empty() ? 0 : 1), pieces.end(), [](const std::string& p) {
-    const std::vector<std::string> w = str().split(str().trimmed(p), " ", -1);
-    return std::all_of(w.begin(), w.end(), [](const std::string& x) { return x.size() <= 4 && x.ends_with("."); });
-  });
-  if (inverted) {
+  } else if (std::any_of(pieces.begin() + (pieces.empty() ? 0 : 1), pieces.end(), [](const std::string& p) {
+               const std::vector<std::string> w = str().split(str().trimmed(p), " ", -1);
+               return std::all_of(w.begin(), w.end(),
+                                  [](const std::string& x) { return x.size() <= 4 && x.ends_with("."); });
+             })) {
+    // A piece of initials alone means "Family, I." pairs, perhaps with the
+    // names after the first written given names first (as MLA writes them).
     NameList read = readNames(joined);
     for (PersonName& n : read.names) {
       if (!n.given.empty() || str().split(n.family, " ", -1).size() < 2) {

@@ -346,4 +346,14 @@ std::vector<PersonName> parseGivenFirstNames(std::string_view list) {
   return names;
 }
 
+void elidedNames(const NameList& list, const AuthorStyle& style, Rewrites& rewrites) {
+  const int n = static_cast<int>(list.names.size());
+  if (n < style.etAlFrom || !style.ellipsis) return;
+  rewrites.mayLose.push_back("&");  // the ellipsis stands where "&" was
+  for (int k = std::max(1, style.etAlShown - 1); k < n - 1; ++k) {
+    rewrites.mayLose.push_back(list.names[static_cast<size_t>(k)].family);
+    rewrites.mayLose.push_back(list.names[static_cast<size_t>(k)].given);
+  }
+}
+
 }  // namespace quillpaper

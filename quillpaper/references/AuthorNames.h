@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+#include "quillpaper/references/WordAudit.h"
+
 namespace quillpaper {
 
 // One name of an author (or editor) list.
@@ -48,6 +50,10 @@ std::vector<PersonName> parseGivenFirstNames(std::string_view list);
 // eight on the first six, an ellipsis and the last. A list known only in its
 // shortened form keeps its ellipsis, one closed by "et al." keeps it.
 std::string formatNames(const NameList& list, const AuthorStyle& style);
+
+// The names formatNames leaves out of a long list (from `etAlFrom` names on,
+// those between the shown ones and the last) and the "&" the ellipsis replaces.
+void elidedNames(const NameList& list, const AuthorStyle& style, Rewrites& rewrites);
 
 // Given names as initials: "Lorinda L." gives "L. L.", "Jean-Paul" "J.-P.";
 // initials already written stay as they are.

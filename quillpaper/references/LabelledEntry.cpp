@@ -229,6 +229,64 @@ void otherStylesLabels(Rewrites& rewrites) {
     rewrites.mayLose.push_back(w);
 }
 
+std::string sentence(std::string text) {
+  text = str().trimmed(text);
+  if (!text.empty() && std::string_view(".?!").find(text.back()) == std::string_view::npos) text += ".";
+  return text;
+}
+
+// Whether "In" opens the container or its editors ("In: King PR, editor. Doceng '05").
+bool afterIn(const quillreader::Reading& r, std::string_view entry) {
+  for (size_t i = 0; i < r.tokens.size(); ++i) {
+    if (r.labels[i] != Label::Container && r.labels[i] != Label::Editor) continue;
+    for (size_t j = i; j-- > 0;) {
+      const std::string_view w = entry.substr(r.tokens[j].begin, r.tokens[j].end - r.tokens[j].begin);
+      if (w == ":" || w == ",") continue;
+      return str().lower(w) == "in";
+    }
+    return false;
+  }
+  return false;
+}
+
+// The editors' labels, which APA writes as "(Ed.)" or "(Eds.)" once it names them.
+void editorsLabels(Rewrites& rewrites) {
+  for (const char* w : {"ed", "eds", "edited", "editor", "editors", "by", "and", "translated", "trans", "translator"})
+    rewrites.mayLose.push_back(w);
+}
+
+// What the entry says of the work beyond APA's fields, as typed and in its
+// order: what the work is ("Technical Report PCS-TR86-134", "DX Reader
+// version") and what is said of it (a series, a translator, the original
+// date, the event), with the brackets typed around them ("(German)").
+std::string notesOf(const quillreader::Reading& r, std::string_view entry) {
+  const auto isNote = [&](size_t i) { return r.labels[i] == Label::Genre || r.labels[i] == Label::Note; };
+  std::vector<std::string> notes;
+  for (size_t i = 0; i < r.tokens.size(); ++i) {
+    if (!isNote(i)) continue;
+    size_t j = i;
+    while (j + 1 < r.tokens.size() && isNote(j + 1)) ++j;
+    size_t begin = r.tokens[i].begin, end = r.tokens[j].end;
+    for (std::string_view pair : {"()", "[]"}) {
+      if (begin > 0 && end < entry.size() && entry[begin - 1] == pair[0] && entry[end] == pair[1]) --begin, ++end;
+      // The closing brackets of those opened inside it: "Thesis (M.S. in Computer Science)".
+      const auto open = [&] {
+        const std::string_view n = entry.substr(begin, end - begin);
+        return std::count(n.begin(), n.end(), pair[0]) - std::count(n.begin(), n.end(), pair[1]);
+      };
+      while (open() > 0 && end < entry.size() && entry[end] == pair[1]) ++end;
+    }
+    std::string note = str().trimmed(entry.substr(begin, end - begin));
+    while (!note.empty() && std::string_view(",;:.").find(note.back()) != std::string_view::npos) note.pop_back();
+    while (!note.empty() && std::string_view(",;:.").find(note.front()) != std::string_view::npos) note.erase(0, 1);
+    if (!note.empty()) notes.push_back(str().trimmed(note));
+    i = j;
+  }
+  std::string out;
+  for (const std::string& note : notes) out += (out.empty() ? "" : " ") + sentence(note);
+  return out;
+}
+
 // "(1993)", "(1990, April 9)": the year first, then what else the date says.
 std::string dateOf(const quillreader::Reading& r, std::string_view entry, Rewrites& rewrites) {
   static const std::pair<const char*, const char*> months[] = {
@@ -259,12 +317,6 @@ std::string dateOf(const quillreader::Reading& r, std::string_view entry, Rewrit
   return "(" + date + ")";
 }
 
-std::string sentence(std::string text) {
-  text = str().trimmed(text);
-  if (!text.empty() && std::string_view(".?!").find(text.back()) == std::string_view::npos) text += ".";
-  return text;
-}
-
 std::vector<std::string> wordTokens(std::string_view text) {
   std::vector<std::string> out;
   for (const quillreader::Token& t : quillreader::tokenize(text)) {
@@ -285,7 +337,7 @@ std::vector<std::string> wordTokens(std::string_view text) {
 
 std::vector<std::string> wordsLost(std::string_view typed, const LabelledEntry& written) {
   std::map<std::string, int> budget;
-  for (const std::string& w : wordTokens(written.apa)) ++budget[w];
+  for (const std::string& w : wordTokens(written.written())) ++budget[w];
   for (const std::string& allowed : written.rewrites.mayLose)
     for (const std::string& w : wordTokens(allowed)) ++budget[w];
   std::vector<std::string> lost;
@@ -332,6 +384,10 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
   const std::string doi = first(reading, entry, Label::Doi), url = first(reading, entry, Label::Url);
   const std::string pages = pagesTyped.empty() ? "" : fullPages(pagesTyped, rw);
 
+  // A container with a publisher, or after "In", is the book a chapter or
+  // paper is in (or the series a book is in); otherwise a periodical.
+  const bool periodical = !container.empty() && publisher.empty() && !afterIn(reading, entry);
+  const bool chapter = !container.empty() && !periodical;
   AuthorStyle style;
   style.initialsOnly = true;
   std::string apa;
@@ -342,22 +398,42 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
       return !n.given.empty() && std::isupper(static_cast<unsigned char>(n.given[0]));
     });
     if (list.names.size() >= 2 && persons && !list.etAl) rw.mayAdd.push_back("&");
+    elidedNames(list, style, rw);
     std::string names = formatNames(list, style);
     apa = sentence(names) + " " + date + ". " + sentence(title);
+  } else if (!str().trimmed(editorText).empty() && !chapter) {
+    // An edited work: its editors in the authors' place, "(Eds.)" after them.
+    const NameList list = namesOf(clean(editorText), rw);
+    if (list.names.size() >= 2 && !list.etAl) rw.mayAdd.push_back("&");
+    elidedNames(list, style, rw);
+    editorsLabels(rw);
+    apa = formatNames(list, style) + (list.names.size() > 1 ? " (Eds.). " : " (Ed.). ") + date + ". " +
+          sentence(title);
   } else {
     apa = sentence(title) + " " + date + ".";
   }
-  if (!container.empty() && (!volume.empty() || !issue.empty() || publisher.empty())) {
+  if (!str().trimmed(authorText).empty() && !str().trimmed(editorText).empty() && !chapter) {
+    // The editors of a work with its own authors: "Title (E. Rice, Ed.)."
+    const NameList editors = namesOf(clean(editorText), rw);
+    editorsLabels(rw);
+    if (apa.ends_with(".")) apa.pop_back();
+    apa += " (" + givenFirst(editors) + (editors.names.size() > 1 ? ", Eds.)." : ", Ed.).");
+  }
+  if (periodical) {
     apa += " " + container;
-    if (!volume.empty()) apa += ", " + volume + (issue.empty() ? "" : "(" + issue + ")");
+    if (!volume.empty() || !issue.empty()) apa += ", " + volume + (issue.empty() ? "" : "(" + issue + ")");
     if (!pages.empty()) apa += ", " + pages;
     apa += ".";
   } else if (!container.empty()) {
     // A chapter or a paper in proceedings: "In E. Editor (Ed.), Book (pp. x–y). Place: Publisher."
     NameList editors = editorText.empty() ? NameList{} : namesOf(clean(editorText), rw);
+    if (!editors.names.empty()) editorsLabels(rw);
     apa += " In ";
     if (!editors.names.empty()) apa += givenFirst(editors) + (editors.names.size() > 1 ? " (Eds.), " : " (Ed.), ");
-    apa += container + (pages.empty() ? "" : " (pp. " + pages + ")") + ".";
+    std::vector<std::string> where;
+    if (!volume.empty()) where.push_back("Vol. " + volume);
+    if (!pages.empty()) where.push_back((pages.find("\xe2\x80\x93") == std::string::npos ? "p. " : "pp. ") + pages);
+    apa += container + (where.empty() ? "" : " (" + str().join(where, ", ") + ")") + ".";
     if (!publisher.empty()) apa += " " + (place.empty() ? "" : place + ": ") + sentence(publisher);
   } else if (!publisher.empty()) {
     if (!edition.empty()) {
@@ -376,6 +452,8 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
     apa += " Retrieved from " + url;
   }
   out.apa = apa;
+  out.type = periodical ? 1 : 0;
+  out.notes = notesOf(reading, entry);
   return out;
 }
 

@@ -18,8 +18,12 @@ namespace quillpaper {
 // "[Internet]"), initials written out or run together, an abbreviated page
 // range written whole, month names written out.
 struct LabelledEntry {
-  std::string apa;
+  std::string apa;    // the entry for the APA rules to read
+  std::string notes;  // what it says beyond APA's fields, written after the entry as typed
+  int type = 0;       // from the labels: 1 for an article in a periodical, else 0
   Rewrites rewrites;
+  // The whole APA form: the entry and its notes.
+  std::string written() const { return notes.empty() ? apa : apa + " " + notes; }
 };
 
 // Empty when the reading has no title or no date to build an entry on.

@@ -91,13 +91,7 @@ Rewrites apaRewrites(const NameList& list, const AuthorStyle& style) {
   }
   const bool persons = std::all_of(authors.begin(), authors.end(), [](const PersonName& n) { return !n.given.empty(); });
   if (authors.size() >= 2 && persons && !list.etAl) rewrites.mayAdd.push_back("&");
-  const int n = static_cast<int>(authors.size());
-  if (n < style.etAlFrom || !style.ellipsis) return rewrites;
-  rewrites.mayLose.push_back("&");  // the ellipsis stands where "&" was
-  for (int k = std::max(1, style.etAlShown - 1); k < n - 1; ++k) {
-    rewrites.mayLose.push_back(authors[static_cast<size_t>(k)].family);
-    rewrites.mayLose.push_back(authors[static_cast<size_t>(k)].given);
-  }
+  elidedNames(list, style, rewrites);
   return rewrites;
 }
 
@@ -154,10 +148,12 @@ Items itemsOf(const ObjectRef& entry, int last, bool isFootnote) {
 
 constexpr int kElectronicSource = 4;
 
-// APA's date after the authors: "(2001).", "(2001, May 3).", "(n.d.).", "(in press).",
-// or with the comma people type for its full stop ("(2001),").
+// APA's date after the authors: "(2001).", "(2001, May 3).", "(1951–1963).",
+// "(1987–).", "(n.d.).", "(in press).", or with the comma people type for its
+// full stop ("(2001),").
 bool looksApa(std::string_view entry) {
-  static const std::regex kDate(R"(\((?:[0-9]{4}[a-z]?(?:, [^)]{1,30})?|n\.d\.|in press)\)[.,])");
+  static const std::regex kDate(
+      R"(\((?:[0-9]{4}[a-z]?(?:(?:-|\xe2\x80\x93)(?:[0-9]{4})?)?(?:, [^)]{1,30})?|n\.d\.|in press)\)[.,])");
   const std::string text(entry);
   std::smatch m;
   return std::regex_search(text, m, kDate) && static_cast<size_t>(m.position(0)) < text.size() * 2 / 3;
@@ -242,28 +238,37 @@ FormattedReference ReferencePipeline::formatAsLabelled(std::string_view entry, F
   }
   const quillreader::Reading reading = options_.reader->read(text);
   rules.readerConfidence = reading.confidence;
-  if (reading.confidence < options_.readerThreshold)
-    return unsure("read as another citation style, too uncertainly to be trusted");
   std::optional<LabelledEntry> labelled = apaFormOf(text, reading);
   if (!labelled) return unsure("read as another citation style, it has no title or no date");
-  FormattedReference r = formatWithRules(labelled->apa, rules.line);
-  if (!r.ok()) return rules;
-  // The rules kept every word of the APA form; that form keeps every typed word.
-  // Against the entry as typed, as the rules' audit is: the numbering aside.
-  if (!numbering.empty()) labelled->rewrites.mayLose.push_back(numbering);
-  const WordAudit audit = auditWords(entry, labelled->apa, labelled->rewrites);
-  if (!audit.clean()) return unsure("read as another citation style, " + audit.reason());
-  if (const std::vector<std::string> lost = wordsLost(entry, *labelled); !lost.empty())
-    return unsure("read as another citation style, the APA form would lose \"" + lost.front() + "\"");
-  if (!plausibleNames(r.authors) || !plausibleNames(r.editors))
-    return unsure("read as another citation style, its names do not read as APA writes them");
+  FormattedReference r = formatWithRules(labelled->apa, rules.line, labelled->type);
+  if (!r.ok()) return unsure("read as another citation style, its APA form does not read as APA");
+  if (!labelled->notes.empty()) appendRun(r.runs, " " + labelled->notes, false);
   r.input = std::string(entry);
   r.reader = "learned";
   r.readerConfidence = reading.confidence;
+  // A reading that is unsure, or whose APA form would not keep the entry
+  // whole, keeps the entry as typed; it still says what it read (its type
+  // and fields), which the rules could not.
+  auto keptAsTyped = [&](std::string why) {
+    // An entry with APA's date in APA's place that the rules read whole is theirs after all.
+    if (rulesRead && looksApa(rules.input)) return std::move(rules);
+    r.problems.push_back("read as another citation style, " + std::move(why));
+    return std::move(r);
+  };
+  if (reading.confidence < options_.readerThreshold) return keptAsTyped("too uncertainly to be trusted");
+  // The rules kept every word of the APA form; that form keeps every typed word.
+  // Against the entry as typed, as the rules' audit is: the numbering aside.
+  if (!numbering.empty()) labelled->rewrites.mayLose.push_back(numbering);
+  const WordAudit audit = auditWords(entry, labelled->written(), labelled->rewrites);
+  if (!audit.clean()) return keptAsTyped(audit.reason());
+  if (const std::vector<std::string> lost = wordsLost(entry, *labelled); !lost.empty())
+    return keptAsTyped("the APA form would lose \"" + lost.front() + "\"");
+  if (!plausibleNames(r.authors) || !plausibleNames(r.editors))
+    return keptAsTyped("its names do not read as APA writes them");
   return r;
 }
 
-FormattedReference ReferencePipeline::formatWithRules(std::string_view entry, int line) {
+FormattedReference ReferencePipeline::formatWithRules(std::string_view entry, int line, std::optional<int> type) {
   FormattedReference r;
   r.line = line;
   r.input = std::string(entry);
@@ -294,8 +299,12 @@ FormattedReference ReferencePipeline::formatWithRules(std::string_view entry, in
       std::string d = decorated, sub = subTitle;
       return static_cast<int>(callByName(main2, "GetReferenceType", t, byRef(d), byRef(sub), ObjectRef(source)).toInteger());
     };
-    r.type = classify(text);
-    if (hostSteps) r.type = typed.email ? kElectronicSource : corrections::type(r.type, text, decorated, classify);
+    if (type) {
+      r.type = *type;
+    } else {
+      r.type = classify(text);
+      if (hostSteps) r.type = typed.email ? kElectronicSource : corrections::type(r.type, text, decorated, classify);
+    }
 
     const EntryClass& entryClass = this->entryClass(r.type);
     settings = entryClass.settings;

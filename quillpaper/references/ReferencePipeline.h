@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -82,7 +83,9 @@ class ReferencePipeline {
   };
   const EntryClass& entryClass(int type);
   // The entry as the APA rules read it.
-  FormattedReference formatWithRules(std::string_view entry, int line);
+  // `type`, when known beforehand (the learned reader's), is the entry's
+  // type; otherwise the library classifies it.
+  FormattedReference formatWithRules(std::string_view entry, int line, std::optional<int> type = std::nullopt);
   // The entry as the learned reader reads it, or `rules` when it cannot do better.
   FormattedReference formatAsLabelled(std::string_view entry, FormattedReference rules);
 

@@ -1,4 +1,5 @@
 // quillpaper refs: a reference list, as people type them, back in APA form.
+#include <cstdlib>
 #include <optional>
 
 #include "quillpaper/CommandLine.h"
@@ -16,7 +17,7 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: quillpaper refs [FILE|-] [--format=text|html|markdown|json|docx] [--output=FILE] [--sort]\n"
-    "                       [--edition=7|6]\n"
+    "                       [--edition=7|6] [--reader-threshold=N]\n"
     "\n"
     "Reads a reference list, one reference per line (from FILE, or standard input when it is\n"
     "'-' or missing; UTF-8 or UTF-16 with its byte-order mark; lines may end in LF, CRLF or CR;\n"
@@ -27,9 +28,12 @@ constexpr const char* kUsage =
     "  html      a page with italics as <i> and hanging indents\n"
     "  markdown  italics as *...*\n"
     "  json      JSON Lines: the line number, the type (0 book or other non-periodical work,\n"
-    "            1 periodical article, 4 electronic source), every field, the formatted text and\n"
-    "            its runs\n"
+    "            1 periodical article, 4 electronic source), every field, the formatted text,\n"
+    "            its runs, which reader read it and how sure the learned reader was\n"
     "  docx      a References page: heading, hanging indent, double spacing, in APA order\n"
+    "A reference typed in another citation style (MLA, Chicago, Vancouver, IEEE, Harvard, ...)\n"
+    "is read by the learned reader; it is rewritten only when the reader is at least as sure as\n"
+    "--reader-threshold (default 70; a reading under it is kept as typed, with the fields read).\n"
     "No word you typed is lost: a reference that cannot be made sense of, or whose APA form\n"
     "would lose or add a word, is kept as typed and reported on standard error with its line\n"
     "number and the reason. --sort orders the list as APA orders a reference list (the .docx is\n"
@@ -65,6 +69,13 @@ int refsCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
   const std::optional<std::string> output = cl.option("output");
   const bool sort = cl.flag("sort") || format == "docx";
   const int edition = cl.edition();
+  double threshold = kReaderThreshold;
+  if (const std::optional<std::string> t = cl.option("reader-threshold")) {
+    char* end = nullptr;
+    threshold = std::strtod(t->c_str(), &end);
+    if (t->empty() || *end != '\0' || !(threshold >= 0))
+      throw UsageError("--reader-threshold must be a number of 0 or more, not '" + *t + "'");
+  }
   const std::vector<std::string> files = cl.positional();
   if (files.size() > 1) throw UsageError("one input file at most, not '" + files[1] + "'");
   if (format != "text" && format != "html" && format != "markdown" && format != "json" && format != "docx")
@@ -81,7 +92,7 @@ int refsCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
   std::string modelProblem;
   const quillreader::Model* model = readerModel(modelProblem);
   if (!model) err << "quillpaper refs: entries in other citation styles are kept as typed: " << modelProblem << "\n";
-  ReferencePipeline pipeline(session, {.edition = edition, .reader = model, .readerThreshold = kReaderThreshold});
+  ReferencePipeline pipeline(session, {.edition = edition, .reader = model, .readerThreshold = threshold});
   std::optional<OutputFile> file;
   if (output) file.emplace(*output);
   std::ostream& sink = file ? file->stream() : out;

@@ -323,13 +323,29 @@ WordAudit auditWords(std::string_view typed, std::string_view written, const Rew
   return audit;
 }
 
+// Whether `written` is `typed` or, as APA writes a given name, its initials
+// ("david" as "d.", "chik-wai" as "c.-w.").
+bool sameOrInitials(const std::string& typed, const std::string& written) {
+  if (typed == written) return true;
+  std::string initials, letters;
+  bool start = true;
+  for (char c : typed) {
+    if (c == '-') initials += '-';
+    else if (start) initials += c;
+    start = c == '-';
+  }
+  for (char c : written)
+    if (c != '.') letters += c;
+  return typed.size() > letters.size() && !letters.empty() && letters == initials;
+}
+
 bool keepsWordOrder(std::string_view typed, std::string_view written, size_t slack) {
   const std::vector<std::string> a = wordsOf(typed), b = wordsOf(written);
   // The longest common subsequence of the two word sequences.
   std::vector<size_t> row(b.size() + 1, 0), next(b.size() + 1, 0);
   for (size_t i = 0; i < a.size(); ++i) {
     for (size_t j = 0; j < b.size(); ++j)
-      next[j + 1] = a[i] == b[j] ? row[j] + 1 : std::max(row[j + 1], next[j]);
+      next[j + 1] = sameOrInitials(a[i], b[j]) ? row[j] + 1 : std::max(row[j + 1], next[j]);
     std::swap(row, next);
   }
   return row[b.size()] + slack >= a.size();

@@ -40,7 +40,7 @@ WordAudit auditWords(std::string_view typed, std::string_view written, const Rew
 
 // Whether `written` keeps the typed words in their order, but for `slack`
 // words (what APA moves on its own, the "&" before the last author among
-// them): an entry typed in APA's own order comes back in it, one typed in
+// them), a given name written as its initials keeping its place: an entry typed in APA's own order comes back in it, one typed in
 // another style's order ("Kernis MH. Title. J Pers. 1993;65:1190.") does not.
 bool keepsWordOrder(std::string_view typed, std::string_view written, size_t slack = 2);
 

@@ -1,9 +1,12 @@
 #!/usr/bin/env python3
 """Labels every token of rendered references from the works' known fields.
 
-    label_tokens.py CORPUS.jsonl RENDERED.jsonl [--works train|heldout] > LABELLED.tsv
+    label_tokens.py CORPUS.jsonl CSL.json RENDERED.jsonl [--works train|heldout] > LABELLED.tsv
 
-CORPUS is the development set (its "fields" are the truth); RENDERED holds
+CORPUS is the development set (its "fields" are the truth); CSL holds the
+same works as CSL-JSON, whose further parts (a genre, a report's number, a
+series, a translator, the original date, the event) are labelled genre and
+note, so that the reader tells them from other styles' own words; RENDERED holds
 {"id", "style", "text"} lines, the same works written in other citation
 styles. Each output line is "id TAB style TAB family TAB text TAB tokens",
 the tokens as "begin:end:label" in the order the reader splits them
@@ -147,6 +150,14 @@ class Labeller:
             self.labels[i] = label
             i += 1
 
+    def fill_gaps(self, label, widest):
+        """The few words inside one part ("Report No. 126") take its label."""
+        idx = [i for i, l in enumerate(self.labels) if l == label]
+        for a, b in zip(idx, idx[1:]):
+            if 1 < b - a <= widest + 1 and all(self.free(i) for i in range(a + 1, b)):
+                for i in range(a + 1, b):
+                    self.labels[i] = label
+
     def spans_between(self, label):
         """Punctuation inside a field's span takes the field's label."""
         for i in range(1, len(self.labels) - 1):
@@ -155,7 +166,32 @@ class Labeller:
                     self.labels[i] = label
 
 
-def label(entry, fields):
+def year_of(date):
+    parts = (date or {}).get("date-parts") or [[]]
+    return str(parts[0][0]) if parts[0] else ""
+
+
+def label_extras(lab, work):
+    """The parts of a work beyond the scored fields: what it is (its genre or
+    medium, a report's number) and what is said of it (series, translator,
+    original date, event, language, access date)."""
+    for key in ("genre", "medium", "version", "number"):
+        if work.get(key):
+            lab.find_span(words(str(work[key])), "genre")
+    for key in ("collection-title", "collection-number", "event", "event-title", "event-place", "language",
+                "number-of-volumes", "status"):
+        if work.get(key):
+            lab.find_span(words(str(work[key])), "note")
+    lab.names([p for p in work.get("translator", []) if "family" in p], "note")
+    for key in ("original-date", "accessed"):
+        year = year_of(work.get(key))
+        if year:
+            lab.label_token(year, "note")
+    for name in ("genre", "note"):
+        lab.fill_gaps(name, 2)
+
+
+def label(entry, fields, work=None):
     lab = Labeller(entry)
     for key, value in (("doi", fields.get("doi")), ("url", fields.get("url"))):
         if not value:
@@ -209,17 +245,22 @@ def label(entry, fields):
                     for j in (i + 1, i + 2):
                         if lab.keys[j] in {"ed", "edn", "edition", "st", "nd", "rd", "th"}:
                             lab.labels[j] = "edition"
+    if work:
+        label_extras(lab, work)
     for name in LABELS[1:]:
         lab.spans_between(name)
     return [[a, b, l] for (a, b), l in zip(lab.tokens, lab.labels)]
 
 
 def heldout_work(work_id):
+    # A work augment.py put together is as held out as the work it was made for.
+    work_id = re.sub(r"^synthetic\d+:", "", work_id)
     return hashlib.sha256(work_id.encode("utf-8")).digest()[0] % 5 == 0
 
 
 def main():
     works = sys.argv[sys.argv.index("--works") + 1] if "--works" in sys.argv else None
+    csl = {w["id"]: w for w in json.load(open(sys.argv[2], encoding="utf-8"))}
     corpus = {}
     for line in open(sys.argv[1], encoding="utf-8"):
         if line.strip():
@@ -227,12 +268,12 @@ def main():
             if works is None or heldout_work(d["id"]) == (works == "heldout"):
                 corpus[d["id"]] = d
     kept = dropped = 0
-    for line in open(sys.argv[2], encoding="utf-8"):
+    for line in open(sys.argv[3], encoding="utf-8"):
         r = json.loads(line)
         work = corpus.get(r["id"])
         if not work:
             continue
-        tokens = label(r["text"], work["fields"])
+        tokens = label(r["text"], work["fields"], csl.get(r["id"]))
         if tokens is None:
             dropped += 1
             continue

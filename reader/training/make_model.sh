@@ -37,7 +37,7 @@ for set in train heldout; do
   # shellcheck disable=SC2046
   node "$here/render_styles.js" "$csl" "$styles/styles" "$styles/locales" $(python3 "$here/styles.py" "$set") \
     >"$work/$set.rendered.jsonl"
-  python3 "$here/label_tokens.py" "$corpus" "$work/$set.rendered.jsonl" --works "$set" >"$work/$set.tsv"
+  python3 "$here/label_tokens.py" "$corpus" "$csl" "$work/$set.rendered.jsonl" --works "$set" >"$work/$set.tsv"
 done
 
 cmake --build "$build" --target reader_tool >/dev/null

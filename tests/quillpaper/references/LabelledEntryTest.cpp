@@ -1,0 +1,120 @@
+#include <gtest/gtest.h>
+
+#include "quillpaper/references/LabelledEntry.h"
+
+namespace quillpaper {
+namespace {
+
+using quillreader::Label;
+
+// A reading written out by hand: "{title Some title}" labels the tokens of
+// "Some title" as the title; tokens outside braces are other styles' words
+// and punctuation (Other).
+struct Marked {
+  std::string text;
+  quillreader::Reading reading;
+};
+
+Marked marked(std::string_view markup) {
+  Marked m;
+  std::vector<std::pair<size_t, size_t>> spans;
+  std::vector<Label> spanLabels;
+  for (size_t i = 0; i < markup.size(); ++i) {
+    if (markup[i] != '{') {
+      m.text += markup[i];
+      continue;
+    }
+    const size_t space = markup.find(' ', i);
+    const size_t close = markup.find('}', space);
+    spanLabels.push_back(quillreader::labelNamed(markup.substr(i + 1, space - i - 1)));
+    const size_t begin = m.text.size();
+    m.text += markup.substr(space + 1, close - space - 1);
+    spans.emplace_back(begin, m.text.size());
+    i = close;
+  }
+  m.reading.tokens = quillreader::tokenize(m.text);
+  for (const quillreader::Token& t : m.reading.tokens) {
+    Label label = Label::Other;
+    for (size_t k = 0; k < spans.size(); ++k)
+      if (t.begin >= spans[k].first && t.end <= spans[k].second) label = spanLabels[k];
+    m.reading.labels.push_back(label);
+  }
+  m.reading.confidence = 100;
+  return m;
+}
+
+// Readings as other styles write them, and the APA form built on them: the
+// names as APA writes them, the date after them, the type from the labels, the
+// parts APA has no field for kept as notes, and every typed word accounted for.
+TEST(LabelledEntryTest, ApaFormOfAReading) {
+  struct Row {
+    const char* markup;
+    const char* apa;
+    const char* notes;
+    int type;
+    const char* lost;  // the first typed word the APA form lacks, or ""
+  };
+  const Row rows[] = {
+      {"{author Kernis MH, Cornell DP}. {title There's more to self-esteem}. {container J Pers Soc Psychol}. "
+       "{date 1993};{volume 65}:{pages 1190-204}.",
+       "Kernis, M. H., & Cornell, D. P. (1993). There's more to self-esteem. J Pers Soc Psychol, 65, 1190–1204.", "",
+       1, ""},
+      // What the work is, which APA has no field for, is kept after it.
+      {"{author Sherman, M.} {date 1986}. {title Producing software}. {genre Technical Report PCS-TR86-134}. "
+       "{place Hanover, NH}: {publisher Dartmouth College}.",
+       "Sherman, M. (1986). Producing software. Hanover, NH: Dartmouth College.", "Technical Report PCS-TR86-134.",
+       0, ""},
+      {"{author Schmets, R.} ({date 1987}) {title Vom Schriftgiessen}. ({note German}) {place Darmstadt}: "
+       "{publisher Technische Hochschule}.",
+       "Schmets, R. (1987). Vom Schriftgiessen. Darmstadt: Technische Hochschule.", "(German).", 0, ""},
+      // Editors in the authors' place, and after the title of a work with authors.
+      {"{editor Haney C, Wiener RL} (eds) ({date 2004}) {title Capital punishment}. {place New York}: "
+       "{publisher Springer}",
+       "Haney, C., & Wiener, R. L. (Eds.). (2004). Capital punishment. New York: Springer.", "", 0, ""},
+      {"{author Anonymous}. {title A letter from Bodoni's widow}. (Edited and translated by {editor Philip J. "
+       "Weimerskirch}). {container Printing History} {volume 14}, ({date 1991}).",
+       "Anonymous. (1991). A letter from Bodoni's widow (P. J. Weimerskirch, Ed.). Printing History, 14.", "", 1,
+       ""},
+      // A periodical with an issue and no volume; a chapter in a volume of a book.
+      {"{author Kristensen J}. {title The Merrymount Janson type}. {container Printing History}. {date 2017};"
+       "({issue 21}).",
+       "Kristensen, J. (2017). The Merrymount Janson type. Printing History, (21).", "", 1, ""},
+      {"{author Poe, E. A.} {title The masque of the red death}. in {container The complete works} (ed. {editor "
+       "Harrison, J. A.}) vol. {volume 4} {pages 250–258} ({publisher Thomas Y. Crowell}, {date 1902}).",
+       "Poe, E. A. (1902). The masque of the red death. In J. A. Harrison (Ed.), The complete works (Vol. 4, pp. "
+       "250–258). Thomas Y. Crowell.",
+       "", 0, ""},
+      // From eight authors on, APA names the first six and the last.
+      {"{author Gilbert DG, McClernon JF, Rabinovich NE, Sugai C, Plath LC, Asgaard G, Dickinson D, Botros N}. "
+       "{title Effects of quitting smoking}. {container Nicotine Tob Res}. {date 2004};{volume 6}:{pages 249-67}.",
+       "Gilbert, D. G., McClernon, J. F., Rabinovich, N. E., Sugai, C., Plath, L. C., Asgaard, G., \u2026 Botros, N. "
+       "(2004). Effects of quitting smoking. Nicotine Tob Res, 6, 249–267.",
+       "", 1, ""},
+      // A word the reading placed nowhere is lost: the entry must stay as typed.
+      {"{author Knuth, D. E.} {date 1986}. {title Computers & Typesetting}. Vol. E. {place Reading, Mass.}: "
+       "{publisher Addison-Wesley}.",
+       "Knuth, D. E. (1986). Computers & Typesetting. Reading, Mass.: Addison-Wesley.", "", 0, "e"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.markup);
+    const Marked m = marked(row.markup);
+    const std::optional<LabelledEntry> entry = apaFormOf(m.text, m.reading);
+    ASSERT_TRUE(entry);
+    EXPECT_EQ(entry->apa, row.apa);
+    EXPECT_EQ(entry->notes, row.notes);
+    EXPECT_EQ(entry->type, row.type);
+    const std::vector<std::string> lost = wordsLost(m.text, *entry);
+    EXPECT_EQ(lost.empty() ? "" : lost.front(), row.lost);
+  }
+}
+
+TEST(LabelledEntryTest, NoTitleOrNoDateIsNoEntry) {
+  for (const char* markup : {"{author Kernis MH}. {container J Pers Soc Psychol}. {date 1993};{volume 65}.",
+                             "{author Kernis MH}. {title There's more to self-esteem}. {container J Pers}."}) {
+    const Marked m = marked(markup);
+    EXPECT_FALSE(apaFormOf(m.text, m.reading)) << markup;
+  }
+}
+
+}  // namespace
+}  // namespace quillpaper

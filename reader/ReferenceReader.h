@@ -58,6 +58,13 @@ struct Reading {
   std::vector<std::string> spans(std::string_view entry, Label label) const;
 };
 
+// The best label sequence for each token's label scores and the label to
+// label transitions (the last row: from the start), in which the title, the
+// container, the volume, the pages, the publisher and the place each make one
+// stretch at most.
+std::vector<Label> decode(const std::vector<std::array<float, kLabels>>& emissions,
+                          const std::array<std::array<float, kLabels>, kLabels + 1>& transitions);
+
 // One training example: an entry and the label of each of its tokens.
 struct Example {
   std::string text;

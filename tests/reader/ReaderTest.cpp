@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -70,6 +71,26 @@ TEST(ReaderTest, TrainingIsDeterministic) {
   EXPECT_EQ(r.spans(entry, Label::Date), std::vector<std::string>{"2001"});
   EXPECT_GT(r.confidence, 0);
   std::filesystem::remove_all(dir);
+}
+
+// A title, a container, a publisher … is one stretch of an entry: a title
+// interrupted by a token the scores call other stays one title, while an
+// author list may be interrupted ("Lee, A., … & Kim, B.").
+TEST(ReaderTest, OneStretchPerPart) {
+  constexpr size_t kTitle = static_cast<size_t>(Label::Title), kOther = static_cast<size_t>(Label::Other);
+  constexpr size_t kAuthor = static_cast<size_t>(Label::Author);
+  std::array<std::array<float, kLabels>, kLabels + 1> flat{};
+  auto scores = [](std::initializer_list<std::pair<size_t, float>> best) {
+    std::array<float, kLabels> s{};
+    for (const auto& [label, score] : best) s[label] = score;
+    return s;
+  };
+  using L = Label;
+  EXPECT_EQ(decode({scores({{kTitle, 5}}), scores({{kOther, 3}, {kTitle, 2}}), scores({{kTitle, 5}})}, flat),
+            (std::vector<Label>{L::Title, L::Title, L::Title}));
+  EXPECT_EQ(decode({scores({{kAuthor, 5}}), scores({{kOther, 3}, {kAuthor, 2}}), scores({{kAuthor, 5}})}, flat),
+            (std::vector<Label>{L::Author, L::Other, L::Author}));
+  EXPECT_TRUE(decode({}, flat).empty());
 }
 
 // A model that cannot be used is a clear error, never a crash or a guess.

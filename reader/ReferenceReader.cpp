@@ -76,102 +76,149 @@ std::vector<Model::Scores> Model::emissions(std::string_view entry, const std::v
 
 namespace {
 
-// The best label sequence for the emissions under the transitions.
-template <class Transitions>
-std::vector<size_t> viterbi(const std::vector<std::array<float, kLabels>>& emit, const Transitions& trans) {
-  const size_t n = emit.size();
-  std::vector<size_t> path(n);
-  if (n == 0) return path;
-  std::vector<std::array<float, kLabels>> best(n);
-  std::vector<std::array<uint8_t, kLabels>> back(n);
-  for (size_t l = 0; l < kLabels; ++l) best[0][l] = trans[kLabels][l] + emit[0][l];
-  for (size_t i = 1; i < n; ++i)
-    for (size_t l = 0; l < kLabels; ++l) {
-      float top = -INFINITY;
-      uint8_t arg = 0;
-      for (size_t p = 0; p < kLabels; ++p) {
-        const float s = best[i - 1][p] + trans[p][l];
-        if (s > top) {
-          top = s;
-          arg = static_cast<uint8_t>(p);
-        }
-      }
-      best[i][l] = top + emit[i][l];
-      back[i][l] = arg;
-    }
-  path[n - 1] = static_cast<size_t>(std::max_element(best[n - 1].begin(), best[n - 1].end()) - best[n - 1].begin());
-  for (size_t i = n - 1; i > 0; --i) path[i - 1] = back[i][path[i]];
-  return path;
-}
+using Emissions = std::vector<std::array<float, kLabels>>;
+using Transitions = std::array<std::array<float, kLabels>, kLabels + 1>;
+constexpr size_t kNone = SIZE_MAX;
 
 // The labels a reference holds one stretch of: one title, one container,
 // one publisher and place, one volume, one page range.
 constexpr std::array<Label, 6> kOneSpan = {Label::Title, Label::Container, Label::Volume,
                                            Label::Pages, Label::Publisher, Label::Place};
 
-int oneSpanBit(size_t label) {
+size_t oneSpanBit(size_t label) {
   for (size_t k = 0; k < kOneSpan.size(); ++k)
-    if (static_cast<size_t>(kOneSpan[k]) == label) return 1 << k;
+    if (static_cast<size_t>(kOneSpan[k]) == label) return size_t{1} << k;
   return 0;
 }
+const size_t kTitleBit = oneSpanBit(static_cast<size_t>(Label::Title));
 
-bool oneSpanEach(const std::vector<size_t>& path) {
-  int seen = 0;
+// Any label after any other: a state is the label.
+struct AnySequence {
+  static constexpr size_t kStates = kLabels;
+  static size_t label(size_t state) { return state; }
+  static size_t start(size_t l) { return l; }
+  static size_t step(size_t, size_t l) { return l; }
+  static bool end(size_t) { return true; }
+};
+
+// Sequences with a title, in which each kOneSpan label makes one stretch at
+// most: a state is the label and the kOneSpan labels begun so far.
+struct OneStretchEach {
+  static constexpr size_t kStates = (size_t{1} << kOneSpan.size()) * kLabels;
+  static size_t label(size_t state) { return state % kLabels; }
+  static size_t start(size_t l) { return oneSpanBit(l) * kLabels + l; }
+  static size_t step(size_t from, size_t l) {
+    const size_t begun = from / kLabels, bit = oneSpanBit(l);
+    if (l != from % kLabels && (begun & bit)) return kNone;  // that label's stretch is over
+    return (begun | bit) * kLabels + l;
+  }
+  static bool end(size_t state) { return (state / kLabels) & kTitleBit; }
+};
+
+// The best scores of the sequences of a state space that reach each state at
+// each token (forward) and go on from it to the end (backward): together, the
+// best sequence and each label's max-marginal.
+template <class Space>
+class Lattice {
+ public:
+  Lattice(const Emissions& emit, const Transitions& trans)
+      : emit_(emit), trans_(trans), forward_(emit.size(), Row(Space::kStates, -INFINITY)),
+        backward_(emit.size(), Row(Space::kStates, -INFINITY)) {
+    const size_t n = emit.size();
+    if (n == 0) return;
+    for (size_t l = 0; l < kLabels; ++l) forward_[0][Space::start(l)] = trans[kLabels][l] + emit[0][l];
+    for (size_t i = 1; i < n; ++i)
+      for (size_t from = 0; from < Space::kStates; ++from) {
+        if (forward_[i - 1][from] == -INFINITY) continue;
+        for (size_t l = 0; l < kLabels; ++l)
+          if (const size_t to = Space::step(from, l); to != kNone)
+            forward_[i][to] = std::max(forward_[i][to], forward_[i - 1][from] + arc(i, from, l));
+      }
+    for (size_t s = 0; s < Space::kStates; ++s)
+      if (Space::end(s)) backward_[n - 1][s] = 0;
+    for (size_t i = n - 1; i-- > 0;)
+      for (size_t from = 0; from < Space::kStates; ++from) {
+        if (forward_[i][from] == -INFINITY) continue;  // no sequence reaches it
+        for (size_t l = 0; l < kLabels; ++l)
+          if (const size_t to = Space::step(from, l); to != kNone && backward_[i + 1][to] != -INFINITY)
+            backward_[i][from] = std::max(backward_[i][from], arc(i + 1, from, l) + backward_[i + 1][to]);
+      }
+  }
+
+  // The best sequence's labels: the best first state, then at each token the
+  // step that keeps the best score.
+  std::vector<size_t> path() const {
+    const size_t n = emit_.size();
+    std::vector<size_t> out;
+    if (n == 0) return out;
+    size_t state = 0;
+    for (size_t s = 1; s < Space::kStates; ++s)
+      if (forward_[0][s] + backward_[0][s] > forward_[0][state] + backward_[0][state]) state = s;
+    out.push_back(Space::label(state));
+    for (size_t i = 1; i < n; ++i) {
+      size_t next = kNone;
+      float top = -INFINITY;
+      for (size_t l = 0; l < kLabels; ++l)
+        if (const size_t to = Space::step(state, l); to != kNone) {
+          const float score = arc(i, state, l) + backward_[i][to];
+          if (score > top) top = score, next = to;
+        }
+      if (next == kNone) break;  // no sequence of the space fits (none has a title): the best so far
+      state = next;
+      out.push_back(Space::label(state));
+    }
+    return out;
+  }
+
+  // For each token, how far the best sequence with its label in `path` is
+  // ahead of the best with any other label there.
+  std::vector<double> margins(const std::vector<size_t>& path) const {
+    std::vector<double> out;
+    for (size_t i = 0; i < path.size(); ++i) {
+      std::array<float, kLabels> best;
+      best.fill(-INFINITY);
+      for (size_t s = 0; s < Space::kStates; ++s)
+        best[Space::label(s)] = std::max(best[Space::label(s)], forward_[i][s] + backward_[i][s]);
+      float other = -INFINITY;
+      for (size_t l = 0; l < kLabels; ++l)
+        if (l != path[i]) other = std::max(other, best[l]);
+      out.push_back(static_cast<double>(best[path[i]] - other));
+    }
+    return out;
+  }
+
+ private:
+  using Row = std::vector<float>;
+  // The score of taking label `l` at token `i` from state `from`.
+  float arc(size_t i, size_t from, size_t l) const { return trans_[Space::label(from)][l] + emit_[i][l]; }
+
+  const Emissions& emit_;
+  const Transitions& trans_;
+  std::vector<Row> forward_, backward_;
+};
+
+// Whether a sequence has a title and makes one stretch of each kOneSpan label.
+bool wellFormed(const std::vector<size_t>& path) {
+  size_t begun = 0;
   for (size_t i = 0; i < path.size(); ++i) {
     if (i > 0 && path[i] == path[i - 1]) continue;
-    const int bit = oneSpanBit(path[i]);
-    if (seen & bit) return false;
-    seen |= bit;
+    const size_t bit = oneSpanBit(path[i]);
+    if (begun & bit) return false;
+    begun |= bit;
   }
-  return true;
+  return path.empty() || (begun & kTitleBit);
 }
 
-// The best label sequence in which each of kOneSpan's labels makes one
-// stretch at most: Viterbi over (the labels begun so far, the label).
-template <class Transitions>
-std::vector<size_t> viterbiOneSpanEach(const std::vector<std::array<float, kLabels>>& emit, const Transitions& trans) {
-  const size_t n = emit.size();
-  constexpr size_t kMasks = size_t{1} << kOneSpan.size();
-  constexpr size_t kStates = kMasks * kLabels;
-  std::vector<size_t> path(n);
-  if (n == 0) return path;
-  std::vector<float> best(kStates, -INFINITY), next(kStates);
-  std::vector<std::vector<uint16_t>> back(n, std::vector<uint16_t>(kStates, 0));
-  for (size_t l = 0; l < kLabels; ++l)
-    best[static_cast<size_t>(oneSpanBit(l)) * kLabels + l] = trans[kLabels][l] + emit[0][l];
-  for (size_t i = 1; i < n; ++i) {
-    std::fill(next.begin(), next.end(), -INFINITY);
-    for (size_t from = 0; from < kStates; ++from) {
-      if (best[from] == -INFINITY) continue;
-      const size_t mask = from / kLabels, p = from % kLabels;
-      for (size_t l = 0; l < kLabels; ++l) {
-        const size_t bit = static_cast<size_t>(oneSpanBit(l));
-        if (l != p && (mask & bit)) continue;  // that label's stretch is over
-        const size_t to = (mask | bit) * kLabels + l;
-        const float s = best[from] + trans[p][l] + emit[i][l];
-        if (s > next[to]) {
-          next[to] = s;
-          back[i][to] = static_cast<uint16_t>(from);
-        }
-      }
-    }
-    std::swap(best, next);
-  }
-  size_t state = static_cast<size_t>(std::max_element(best.begin(), best.end()) - best.begin());
-  for (size_t i = n; i-- > 0;) {
-    path[i] = state % kLabels;
-    state = back[i][state];
-  }
-  return path;
-}
-
-// Viterbi, then, if a label that makes one stretch made two, Viterbi under
-// that constraint (a tenth of the entries: the cost stays small).
-template <class Transitions>
-std::vector<size_t> bestPath(const std::vector<std::array<float, kLabels>>& emit, const Transitions& trans) {
-  std::vector<size_t> path = viterbi(emit, trans);
-  if (!oneSpanEach(path)) path = viterbiOneSpanEach(emit, trans);
-  return path;
+// The best reading and its margins: over any sequence, then, if that has no
+// title or splits a label that makes one stretch (a tenth of the entries,
+// so the cost stays small), over the sequences that do not.
+std::pair<std::vector<size_t>, std::vector<double>> bestReading(const Emissions& emit, const Transitions& trans) {
+  const Lattice<AnySequence> any(emit, trans);
+  std::vector<size_t> path = any.path();
+  if (wellFormed(path)) return {path, any.margins(path)};
+  const Lattice<OneStretchEach> constrained(emit, trans);
+  path = constrained.path();
+  return {path, constrained.margins(path)};
 }
 
 }  // namespace
@@ -179,7 +226,7 @@ std::vector<size_t> bestPath(const std::vector<std::array<float, kLabels>>& emit
 std::vector<Label> decode(const std::vector<std::array<float, kLabels>>& emissions,
                           const std::array<std::array<float, kLabels>, kLabels + 1>& transitions) {
   std::vector<Label> out;
-  for (size_t label : bestPath(emissions, transitions)) out.push_back(static_cast<Label>(label));
+  for (size_t label : bestReading(emissions, transitions).first) out.push_back(static_cast<Label>(label));
   return out;
 }
 
@@ -189,36 +236,9 @@ Reading Model::read(std::string_view entry, const std::vector<Token>& tokens) co
   Reading r;
   r.tokens = tokens;
   const std::vector<Scores> emit = emissions(entry, tokens);
-  const std::vector<size_t> path = bestPath(emit, transitions_);
+  auto [path, margins] = bestReading(emit, transitions_);
   for (size_t label : path) r.labels.push_back(static_cast<Label>(label));
-  const size_t n = path.size();
-  if (n == 0) return r;
-  // Max-marginals: the best score of any sequence with label l at token i,
-  // from a forward and a backward pass. A token's margin is how far its
-  // label's max-marginal is ahead of the next label's.
-  std::vector<Scores> forward(n), backward(n, Scores{});
-  for (size_t l = 0; l < kLabels; ++l) forward[0][l] = transitions_[kLabels][l] + emit[0][l];
-  for (size_t i = 1; i < n; ++i)
-    for (size_t l = 0; l < kLabels; ++l) {
-      float top = -INFINITY;
-      for (size_t p = 0; p < kLabels; ++p) top = std::max(top, forward[i - 1][p] + transitions_[p][l]);
-      forward[i][l] = top + emit[i][l];
-    }
-  for (size_t i = n - 1; i-- > 0;)
-    for (size_t l = 0; l < kLabels; ++l) {
-      float top = -INFINITY;
-      for (size_t m = 0; m < kLabels; ++m)
-        top = std::max(top, transitions_[l][m] + emit[i + 1][m] + backward[i + 1][m]);
-      backward[i][l] = top;
-    }
-  std::vector<double> margins;
-  for (size_t i = 0; i < n; ++i) {
-    const float chosen = forward[i][path[i]] + backward[i][path[i]];
-    float other = -INFINITY;
-    for (size_t l = 0; l < kLabels; ++l)
-      if (l != path[i]) other = std::max(other, forward[i][l] + backward[i][l]);
-    margins.push_back(chosen - other);
-  }
+  if (path.empty()) return r;
   // The weakest decisions tell how sure the reading is: the mean of the three
   // smallest margins (of all, when there are fewer).
   std::sort(margins.begin(), margins.end());
@@ -253,7 +273,7 @@ Model Model::train(const std::vector<Example>& examples, int epochs, uint64_t se
       for (size_t i = 0; i < e.tokens.size(); ++i)
         for (uint32_t b : f[i])
           for (size_t l = 0; l < kLabels; ++l) emit[i][l] += model.weights_[b][l];
-      const std::vector<size_t> guess = viterbi(emit, model.transitions_);
+      const std::vector<size_t> guess = Lattice<AnySequence>(emit, model.transitions_).path();
       for (size_t i = 0; i < guess.size(); ++i) {
         const size_t gold = static_cast<size_t>(e.labels[i]);
         const size_t from = i == 0 ? kLabels : static_cast<size_t>(e.labels[i - 1]);

@@ -25,6 +25,7 @@ def main():
     ap.add_argument("--corpus", default=os.path.join(SHARED, "data", "references-dev.jsonl"))
     ap.add_argument("--family", type=int, help="score only the entries of this expected family")
     ap.add_argument("--predictions", help="keep the predictions in this file")
+    ap.add_argument("--reader-threshold", help="how sure the learned reader must be (quillpaper refs' option)")
     ap.add_argument("--require", action="append", default=[], metavar="METRIC=MIN",
                     help="fail unless the summary's METRIC (type_acc, field_f1, exact, exact_norm) reaches MIN")
     args, score_args = ap.parse_known_args()
@@ -41,8 +42,9 @@ def main():
         with open(lines, "w", encoding="utf-8") as f:
             for c in corpus:
                 f.write(c.get("typed_text", c["apa6_text"]).replace("\n", " ") + "\n")
+        threshold = ["--reader-threshold=" + args.reader_threshold] if args.reader_threshold else []
         out = subprocess.run([args.quillpaper, "refs", lines, "--format=json", "--edition=6", "--on-error=ignore",
-                              "--dump-dir=" + os.path.join(tmp, "dumps")],
+                              "--dump-dir=" + os.path.join(tmp, "dumps"), *threshold],
                              capture_output=True, text=True, check=True).stdout
         predictions = args.predictions or os.path.join(tmp, "predictions.jsonl")
         with open(predictions, "w", encoding="utf-8") as f:

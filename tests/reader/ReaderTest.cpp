@@ -75,7 +75,7 @@ TEST(ReaderTest, TrainingIsDeterministic) {
 
 // A title, a container, a publisher … is one stretch of an entry: a title
 // interrupted by a token the scores call other stays one title, while an
-// author list may be interrupted ("Lee, A., … & Kim, B.").
+// author list may be interrupted ("Lee, A., … & Kim, B."); and there is a title.
 TEST(ReaderTest, OneStretchPerPart) {
   constexpr size_t kTitle = static_cast<size_t>(Label::Title), kOther = static_cast<size_t>(Label::Other);
   constexpr size_t kAuthor = static_cast<size_t>(Label::Author);
@@ -88,8 +88,13 @@ TEST(ReaderTest, OneStretchPerPart) {
   using L = Label;
   EXPECT_EQ(decode({scores({{kTitle, 5}}), scores({{kOther, 3}, {kTitle, 2}}), scores({{kTitle, 5}})}, flat),
             (std::vector<Label>{L::Title, L::Title, L::Title}));
-  EXPECT_EQ(decode({scores({{kAuthor, 5}}), scores({{kOther, 3}, {kAuthor, 2}}), scores({{kAuthor, 5}})}, flat),
-            (std::vector<Label>{L::Author, L::Other, L::Author}));
+  EXPECT_EQ(decode({scores({{kAuthor, 5}}), scores({{kOther, 3}, {kAuthor, 2}}), scores({{kAuthor, 5}}),
+                    scores({{kTitle, 5}})},
+                   flat),
+            (std::vector<Label>{L::Author, L::Other, L::Author, L::Title}));
+  // And every reference has a title: the best reading with one.
+  EXPECT_EQ(decode({scores({{kAuthor, 5}, {kTitle, 1}}), scores({{kOther, 2}, {kTitle, 1}})}, flat),
+            (std::vector<Label>{L::Author, L::Title}));
   EXPECT_TRUE(decode({}, flat).empty());
 }
 

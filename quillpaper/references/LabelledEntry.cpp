@@ -335,6 +335,23 @@ std::vector<std::string> wordTokens(std::string_view text) {
 
 }  // namespace
 
+bool splitsPhrase(std::string_view entry, const quillreader::Reading& reading) {
+  const auto named = [](Label l) {
+    return l == Label::Author || l == Label::Editor || l == Label::Title || l == Label::Container ||
+           l == Label::Publisher || l == Label::Place;
+  };
+  const auto wordChar = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || (c & 0x80); };
+  for (size_t i = 0; i + 1 < reading.tokens.size(); ++i) {
+    const quillreader::Token &a = reading.tokens[i], &b = reading.tokens[i + 1];
+    if (reading.labels[i] == reading.labels[i + 1] || !named(reading.labels[i]) || !named(reading.labels[i + 1]))
+      continue;
+    const bool onlySpace = std::all_of(entry.begin() + static_cast<long>(a.end),
+                                       entry.begin() + static_cast<long>(b.begin), [](char c) { return c == ' '; });
+    if (onlySpace && wordChar(entry[a.end - 1]) && wordChar(entry[b.begin])) return true;
+  }
+  return false;
+}
+
 std::vector<std::string> wordsLost(std::string_view typed, const LabelledEntry& written) {
   std::map<std::string, int> budget;
   for (const std::string& w : wordTokens(written.written())) ++budget[w];

@@ -29,6 +29,12 @@ struct LabelledEntry {
 // Empty when the reading has no title or no date to build an entry on.
 std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader::Reading& reading);
 
+// Whether the reading ends one named part (title, container, names,
+// publisher, place) and starts another between two words with nothing but a
+// space between them ("A Study of | Computer Dependency"): styles put
+// punctuation there, so such a reading has most likely cut a part in two.
+bool splitsPhrase(std::string_view entry, const quillreader::Reading& reading);
+
 // The typed words the APA form lacks, counting every word (a description in
 // brackets, an abbreviation too: the APA form built from a reading writes
 // none of them in other words), but for the declared rewrites.

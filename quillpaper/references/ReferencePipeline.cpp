@@ -256,6 +256,7 @@ FormattedReference ReferencePipeline::formatAsLabelled(std::string_view entry, F
     return std::move(r);
   };
   if (reading.confidence < options_.readerThreshold) return keptAsTyped("too uncertainly to be trusted");
+  if (splitsPhrase(text, reading)) return keptAsTyped("its parts would cut a phrase in two");
   // The rules kept every word of the APA form; that form keeps every typed word.
   // Against the entry as typed, as the rules' audit is: the numbering aside.
   if (!numbering.empty()) labelled->rewrites.mayLose.push_back(numbering);

@@ -108,6 +108,24 @@ TEST(LabelledEntryTest, ApaFormOfAReading) {
   }
 }
 
+// Styles put punctuation between two named parts; a reading that cuts a
+// phrase ("A Study of | Computer Dependency") is not to be written.
+TEST(LabelledEntryTest, PartsMeetAtPunctuation) {
+  const std::pair<const char*, bool> rows[] = {
+      {"{author Shotton, M. A.} {title Computer Addiction? A Study of} {publisher Computer Dependency; Taylor & "
+       "Francis}: {place London}, {date 1989}.",
+       true},
+      {"{author Shotton, M. A.} {title Computer Addiction? A Study of Computer Dependency}; {publisher Taylor & "
+       "Francis}: {place London}, {date 1989}.",
+       false},
+      {"{title Bleeding edge}. {container Printing History} {volume 14} ({date 1991}).", false},
+  };
+  for (const auto& [markup, splits] : rows) {
+    const Marked m = marked(markup);
+    EXPECT_EQ(splitsPhrase(m.text, m.reading), splits) << markup;
+  }
+}
+
 TEST(LabelledEntryTest, NoTitleOrNoDateIsNoEntry) {
   for (const char* markup : {"{author Kernis MH}. {container J Pers Soc Psychol}. {date 1993};{volume 65}.",
                              "{author Kernis MH}. {title There's more to self-esteem}. {container J Pers}."}) {

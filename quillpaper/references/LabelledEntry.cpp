@@ -219,6 +219,22 @@ std::string fullPages(std::string pages, Rewrites& rewrites) {
   return from + "\xe2\x80\x93" + to;
 }
 
+// "2nd ed.", as APA writes an edition typed "2nd edn", "2nd edition", "2".
+std::string editionOf(const std::string& typed, Rewrites& rewrites) {
+  std::string number = typed.substr(0, typed.find(' '));
+  size_t digits = 0;
+  while (digits < number.size() && std::isdigit(static_cast<unsigned char>(number[digits]))) ++digits;
+  if (digits == 0) return typed + (str().contains(str().lower(typed), "ed") ? "" : " ed.");
+  if (digits == number.size()) {
+    const int n = std::stoi(number.substr(0, std::min<size_t>(digits, 6)));
+    const char* suffix = n % 100 >= 11 && n % 100 <= 13 ? "th" : n % 10 == 1 ? "st" : n % 10 == 2 ? "nd" : n % 10 == 3 ? "rd" : "th";
+    rewrites.mayLose.push_back(number);
+    number += suffix;
+    rewrites.mayAdd.push_back(number);
+  }
+  return number + " ed.";
+}
+
 // The labels other styles write that APA leaves out or writes its own way.
 void otherStylesLabels(Rewrites& rewrites) {
   // Not the editors' ("Ed.", "edited by"): an APA form that leaves them out
@@ -294,11 +310,16 @@ std::string dateOf(const quillreader::Reading& r, std::string_view entry, Rewrit
       {"jul", "July"},    {"aug", "August"},   {"sep", "September"}, {"sept", "September"}, {"oct", "October"},
       {"nov", "November"}, {"dec", "December"}};
   std::string year, month, day;
+  bool yearEndsTitle = false;
   for (size_t i = 0; i < r.tokens.size(); ++i) {
     if (r.labels[i] != Label::Date) continue;
     const std::string w(entry.substr(r.tokens[i].begin, r.tokens[i].end - r.tokens[i].begin));
     if (w.size() == 4 && allDigits(w)) {
-      if (year.empty()) year = w;
+      // A year right after the title's words ("… Survey, 2012") may be the
+      // title's own: a year elsewhere is the work's.
+      const bool endsTitle = (i > 0 && r.labels[i - 1] == Label::Title) ||
+                             (i > 1 && r.labels[i - 2] == Label::Title && r.tokens[i - 1].end - r.tokens[i - 1].begin == 1);
+      if (year.empty() || (yearEndsTitle && !endsTitle)) year = w, yearEndsTitle = endsTitle;
     } else if (allDigits(w)) {
       day = w;
     } else if (!w.empty() && std::isalpha(static_cast<unsigned char>(w[0]))) {
@@ -429,13 +450,25 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
   } else {
     apa = sentence(title) + " " + date + ".";
   }
+  // What APA writes in parentheses after a title: "(2nd ed., Vol. 3, pp.
+  // 175–184)", and the editors of a work with its own authors ("E. Rice, Ed.").
+  const std::string pagesNote = pages.empty() ? "" : (pages.find("\xe2\x80\x93") == std::string::npos ? "p. " : "pp. ") + pages;
+  std::vector<std::string> afterTitle;
+  if (!edition.empty()) afterTitle.push_back(editionOf(edition, rw));
+  if (container.empty() && !volume.empty()) afterTitle.push_back("Vol. " + volume);
+  if (container.empty() && !pagesNote.empty()) afterTitle.push_back(pagesNote);
   if (!str().trimmed(authorText).empty() && !str().trimmed(editorText).empty() && !chapter) {
-    // The editors of a work with its own authors: "Title (E. Rice, Ed.)."
     const NameList editors = namesOf(clean(editorText), rw);
     editorsLabels(rw);
-    if (apa.ends_with(".")) apa.pop_back();
-    apa += " (" + givenFirst(editors) + (editors.names.size() > 1 ? ", Eds.)." : ", Ed.).");
+    afterTitle.push_back(givenFirst(editors) + (editors.names.size() > 1 ? ", Eds." : ", Ed."));
   }
+  if (!afterTitle.empty()) {
+    if (apa.ends_with(".")) apa.pop_back();
+    apa += " (" + str().join(afterTitle, ", ") + ").";
+  }
+  // "Place: Publisher.", or either alone.
+  const std::string published =
+      place.empty() ? publisher : publisher.empty() ? place : place + ": " + publisher;
   if (periodical) {
     apa += " " + container;
     if (!volume.empty() || !issue.empty()) apa += ", " + volume + (issue.empty() ? "" : "(" + issue + ")");
@@ -449,16 +482,11 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
     if (!editors.names.empty()) apa += givenFirst(editors) + (editors.names.size() > 1 ? " (Eds.), " : " (Ed.), ");
     std::vector<std::string> where;
     if (!volume.empty()) where.push_back("Vol. " + volume);
-    if (!pages.empty()) where.push_back((pages.find("\xe2\x80\x93") == std::string::npos ? "p. " : "pp. ") + pages);
+    if (!pagesNote.empty()) where.push_back(pagesNote);
     apa += container + (where.empty() ? "" : " (" + str().join(where, ", ") + ")") + ".";
-    if (!publisher.empty()) apa += " " + (place.empty() ? "" : place + ": ") + sentence(publisher);
-  } else if (!publisher.empty()) {
-    if (!edition.empty()) {
-      // "(2nd ed.)" after the title, before its full stop.
-      apa.pop_back();
-      apa += " (" + edition + (str().contains(str().lower(edition), "ed") ? "" : " ed.") + ").";
-    }
-    apa += " " + (place.empty() ? "" : place + ": ") + sentence(publisher);
+    if (!published.empty()) apa += " " + sentence(published);
+  } else if (!published.empty()) {
+    apa += " " + sentence(published);
   }
   if (!doi.empty()) {
     std::string d = doi;

@@ -90,6 +90,20 @@ TEST(LabelledEntryTest, ApaFormOfAReading) {
        "Gilbert, D. G., McClernon, J. F., Rabinovich, N. E., Sugai, C., Plath, L. C., Asgaard, G., \u2026 Botros, N. "
        "(2004). Effects of quitting smoking. Nicotine Tob Res, 6, 249–267.",
        "", 1, ""},
+      // A book's edition and pages after its title; a place without a publisher;
+      // the year that ends a title is the title's.
+      {"{author Polakow V}. {title Lives on the edge}, {edition 2nd ed}. {place Chicago}: {publisher University of "
+       "Chicago Press}, {date 1993}: {pages 175–84}.",
+       "Polakow, V. (1993). Lives on the edge (2nd ed., pp. 175–184). Chicago: University of Chicago Press.", "", 0,
+       ""},
+      {"{author Clapton, Eric}. {date 1990}. “{title Discovering Robert Johnson}.” Pp. {pages 22–23} in {container "
+       "Robert Johnson: The complete recordings}. {place Columbia}.",
+       "Clapton, E. (1990). Discovering Robert Johnson. In Robert Johnson: The complete recordings (pp. 22–23). "
+       "Columbia.",
+       "", 0, ""},
+      {"{author Blackwell DL}. {title Summary health statistics: Survey}, {date 2012}. {publisher Centers for Disease "
+       "Control}; {date 2014}.",
+       "Blackwell, D. L. (2014). Summary health statistics: Survey. Centers for Disease Control.", "", 0, "2012"},
       // A word the reading placed nowhere is lost: the entry must stay as typed.
       {"{author Knuth, D. E.} {date 1986}. {title Computers & Typesetting}. Vol. E. {place Reading, Mass.}: "
        "{publisher Addison-Wesley}.",

@@ -24,11 +24,12 @@ bool settingIsOn() {
     const std::string t = str.trimmed(line);
     if (t.empty() || t[0] == ';' || t[0] == '#') continue;
     if (t.front() == '[' && t.back() == ']') {
-      inInit = str.trimmed(std::string_view(t).substr(1, t.size() - 2)) == "Init";
+      // Section and key names are read without regard to case, as such settings files are.
+      inInit = str.lower(str.trimmed(std::string_view(t).substr(1, t.size() - 2))) == "init";
       continue;
     }
     const auto eq = t.find('=');
-    if (inInit && eq != std::string::npos && str.trimmed(t.substr(0, eq)) == "vbwTrace")
+    if (inInit && eq != std::string::npos && str.lower(str.trimmed(t.substr(0, eq))) == "vbwtrace")
       return str.trimmed(t.substr(eq + 1)) == "1";
   }
   return false;

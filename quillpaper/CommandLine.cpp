@@ -8,7 +8,7 @@ CommandLine::CommandLine(std::vector<std::string> args) : raw_(std::move(args)) 
   bool onlyPositional = false;
   for (const std::string& a : raw_) {
     if (onlyPositional || a == "-" || !a.starts_with("--")) {
-      items_.push_back({"", a});
+      items_.push_back({"", a, false, onlyPositional});
       continue;
     }
     if (a == "--") {
@@ -70,10 +70,14 @@ int CommandLine::integer(const std::string& name, int fallback, int min, int max
   return value;
 }
 
+// "/trace" is the library's own switch, read from the process command line:
+// no file name, wherever it stands (but after "--").
+bool CommandLine::isLibrarySwitch(const Item& i) { return i.name.empty() && !i.literal && i.value == "/trace"; }
+
 std::vector<std::string> CommandLine::positional() {
   std::vector<std::string> out;
   for (Item& i : items_)
-    if (!i.taken && i.name.empty()) {
+    if (!i.taken && i.name.empty() && !isLibrarySwitch(i)) {
       i.taken = true;
       out.push_back(*i.value);
     }
@@ -110,8 +114,7 @@ DiagnosticsService::Options CommandLine::diagnostics(const std::vector<std::file
 void CommandLine::finish() {
   for (const Item& i : items_) {
     if (i.taken) continue;
-    // "/trace" is the library's own switch, read from the process command line.
-    if (i.name.empty() && i.value && *i.value == "/trace") continue;
+    if (isLibrarySwitch(i)) continue;
     if (i.name.empty()) throw UsageError("unexpected argument '" + *i.value + "'");
     throw UsageError("unknown option --" + i.name);
   }

@@ -41,7 +41,9 @@ class CommandLine {
     std::string name;  // empty for a positional argument
     std::optional<std::string> value;
     bool taken = false;
+    bool literal = false;  // after "--": never a switch
   };
+  static bool isLibrarySwitch(const Item& i);
   std::vector<Item> items_;
   std::vector<std::string> raw_;
 };

@@ -18,11 +18,13 @@ PageGeometry PageGeometry::from(const PaperFormat& format) {
 std::string settingsXml(bool updateFieldsOnOpen) {
   XmlDocument doc;
   pugi::xml_node settings = doc.wordRoot("w:settings");
+  // In the schema's order: zoom, defaultTabStop, characterSpacingControl,
+  // updateFields, compat.
   attr(child(settings, "w:zoom"), "w:percent", 100L);
-  // Word refreshes the generated lists' page numbers when the paper opens.
-  if (updateFieldsOnOpen) valued(settings, "w:updateFields", "true");
   valued(settings, "w:defaultTabStop", "720");
   valued(settings, "w:characterSpacingControl", "doNotCompress");
+  // Word refreshes the generated lists' page numbers when the paper opens.
+  if (updateFieldsOnOpen) valued(settings, "w:updateFields", "true");
   pugi::xml_node compat = child(child(settings, "w:compat"), "w:compatSetting");
   attr(compat, "w:name", "compatibilityMode");
   attr(compat, "w:uri", "http://schemas.microsoft.com/office/word");

@@ -4,7 +4,6 @@
 #include <zip.h>
 
 #include <cstdio>
-#include <ctime>
 #include <memory>
 #include <stdexcept>
 
@@ -15,9 +14,11 @@ namespace quillpaper::docx {
 
 namespace {
 
-// 1980-01-01 00:00, the earliest time a zip entry can carry: the same input
-// gives the same bytes.
-constexpr time_t kFixedTime = 315532800;
+// 1980-01-01 00:00, the earliest time a zip entry can carry, as the zip's own
+// date and time fields hold it (a time_t would be read in the machine's time
+// zone): the same input gives the same bytes in Tokyo and in New York.
+constexpr zip_uint16_t kFixedDosTime = 0;                           // 00:00:00
+constexpr zip_uint16_t kFixedDosDate = (0 << 9) | (1 << 5) | 1;  // 1980-01-01
 
 std::string folderOf(const std::string& path) {
   const auto slash = path.rfind('/');
@@ -123,7 +124,7 @@ std::string Package::bytes() const {
       zip_source_free(buffer);
       throw std::runtime_error("cannot add " + name + " to the package");
     }
-    zip_file_set_mtime(archive, static_cast<zip_uint64_t>(index), kFixedTime, 0);
+    zip_file_set_dostime(archive, static_cast<zip_uint64_t>(index), kFixedDosTime, kFixedDosDate, 0);
     zip_set_file_compression(archive, static_cast<zip_uint64_t>(index), ZIP_CM_DEFLATE, 6);
   }
   if (zip_close(archive) < 0) {

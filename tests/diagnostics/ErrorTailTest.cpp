@@ -230,7 +230,7 @@ TEST(ErrorTailNoServiceTest, AMissingBridgeReachesTheCaller) {
 TEST_F(ErrorTailTest, ParameterTextFollowsTheTraceSwitch) {
   const auto dir = std::filesystem::temp_directory_path() / ("qfa-trace-" + std::to_string(::getpid()));
   std::filesystem::create_directories(dir / "QuillFormatAPA");
-  std::ofstream(dir / "QuillFormatAPA" / "settings.ini") << "[Other]\nvbwTrace=0\n[Init]\nvbwTrace = 1\n";
+  std::ofstream(dir / "QuillFormatAPA" / "settings.ini") << "[Other]\nvbwTrace=0\r\n[init]\r\nVBWTRACE = 1\r\n";
   const char* old = std::getenv("XDG_CONFIG_HOME");
   const std::string saved = old ? old : "";
   ::setenv("XDG_CONFIG_HOME", dir.c_str(), 1);

@@ -14,6 +14,7 @@ import subprocess
 import sys
 import tempfile
 import unittest
+import zipfile
 
 QUILLPAPER = None
 ONE = "Lee, A. (2001). One. Journal of Things, 1, 2."
@@ -166,6 +167,45 @@ class DiagnosticsTest(unittest.TestCase):
         done = run("refs", self.refs, "--trace=/dev/full")
         self.assertEqual(done.returncode, 1)
         self.assertIn(b"the trace could not be written", done.stderr)
+
+
+class PaperFileTest(unittest.TestCase):
+    def setUp(self):
+        self.dir = tempfile.TemporaryDirectory()
+
+    def tearDown(self):
+        self.dir.cleanup()
+
+    def paper(self, name, *args, env=None):
+        path = os.path.join(self.dir.name, name)
+        done = subprocess.run([QUILLPAPER, "new", path, "--title=Sleep", "--author=Ann Lee", *args],
+                              capture_output=True, env=env, cwd=self.dir.name)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        return path
+
+    # Catches zip entry times written in the machine's time zone.
+    def test_the_same_bytes_in_every_time_zone(self):
+        files = [self.paper(f"{n}.docx", env={**os.environ, "TZ": tz})
+                 for n, tz in enumerate(["UTC", "Asia/Tokyo", "America/New_York"])]
+        contents = [open(f, "rb").read() for f in files]
+        self.assertEqual(contents[0], contents[1])
+        self.assertEqual(contents[0], contents[2])
+        with zipfile.ZipFile(files[1]) as z:
+            self.assertEqual({i.date_time for i in z.infolist()}, {(1980, 1, 1, 0, 0, 0)})
+
+    # Catches settings in an order Word's schema does not allow (it may drop them or offer a repair).
+    def test_settings_follow_the_schema_order(self):
+        with zipfile.ZipFile(self.paper("thesis.docx", "--paper-type=2")) as z:  # its contents ask for updateFields
+            settings = z.read("word/settings.xml").decode()
+        order = ["w:zoom", "w:defaultTabStop", "w:characterSpacingControl", "w:updateFields", "w:compat"]
+        found = [settings.index("<" + name) for name in order]
+        self.assertEqual(found, sorted(found))
+
+    # Catches the library's "/trace" switch taken for the output file's name.
+    def test_the_trace_switch_names_no_file(self):
+        done = subprocess.run([QUILLPAPER, "new", "out.docx", "/trace"], capture_output=True, cwd=self.dir.name)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertTrue(zipfile.is_zipfile(os.path.join(self.dir.name, "out.docx")))
 
 
 def main():

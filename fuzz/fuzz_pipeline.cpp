@@ -3,10 +3,11 @@
 // crash and never an error inside the library. What the list shows is the
 // entry as typed, or an APA form that loses and adds no word but for what
 // APA changes in the names of authors and editors (initials, also typed
-// together, the names between the sixth and the last).
+// together, the names between the sixth and the last) and a list's numbering.
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
+#include <regex>
 #include <sstream>
 #include <string>
 
@@ -44,6 +45,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         names.mayAdd.insert(names.mayAdd.end(), {quillpaper::initialsOf(n.given), "&"});
       }
     if (shown.find("\u2026") != std::string::npos) names.mayLose.push_back("&");  // the ellipsis stands for it
+    // A list's numbering ("[3]", "(3)", "3.") is no part of the work.
+    static const std::regex kNumbering(R"(^\s*(?:\[([0-9]+)\]|\(([0-9]+)\)|([0-9]+)\.)\s)");
+    if (std::smatch m; std::regex_search(r.input, m, kNumbering))
+      names.mayLose.push_back(m[1].matched ? m[1].str() : m[2].matched ? m[2].str() : m[3].str());
     if (!quillpaper::auditWords(r.input, shown, names).clean()) std::abort();
   }
   std::ostringstream out;

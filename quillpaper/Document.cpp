@@ -47,9 +47,17 @@ Style styleNamed(std::string_view name) {
   return Style::Normal;
 }
 
+void Page::trimEnd() {
+  while (!blocks.empty()) {
+    const auto* p = std::get_if<Paragraph>(&blocks.back());
+    if (!p || !p->empty()) break;
+    blocks.pop_back();
+  }
+}
+
 bool Paragraph::empty() const {
   for (const Inline& i : inlines)
-    if (i.kind != Inline::Kind::Bookmark && i.kind != Inline::Kind::EditingHint) return false;
+    if (!i.besideText()) return false;
   return true;
 }
 
@@ -228,7 +236,7 @@ void titleCaseHeadings(Document& document) {
         for (Inline& i : p->inlines) {
           if (i.kind == Inline::Kind::Text)
             titleCaseInto(i.text, first, inWord);
-          else if (i.kind != Inline::Kind::Bookmark && i.kind != Inline::Kind::EditingHint)
+          else if (!i.besideText())
             first = inWord = false;
         }
       }

@@ -18,7 +18,8 @@ struct Inline {
     Placeholder,  // one-click text the user replaces
     Field,        // a field the word processor numbers: `code`, with `text` as its current result
     Bookmark,     // a named position
-    EditingHint,  // a hint shown beside the text (`hintId`)
+    EditingHint,  // a hint shown beside the text (`hintId`), when the paper shows hints
+    Remark,       // a remark shown beside the text (`text`), always: "Kept as typed: …"
   };
   Kind kind = Kind::Text;
   std::string text;
@@ -27,6 +28,8 @@ struct Inline {
   bool superscript = false;
   std::string code;
   int hintId = 0;
+  // A mark beside the text (a bookmark, a hint, a remark) that holds none of it.
+  bool besideText() const { return kind == Kind::Bookmark || kind == Kind::EditingHint || kind == Kind::Remark; }
 };
 
 // Paragraph styles of the paper (the .docx writer defines each).
@@ -101,6 +104,9 @@ struct Page {
   bool suppressPageBreak = false;
   std::vector<Block> blocks;
   bool empty() const;
+  // Drops the empty paragraphs at the page's end (the one a heading's
+  // paragraph mark leaves for what follows it, say).
+  void trimEnd();
 };
 
 struct Section {

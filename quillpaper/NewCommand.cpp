@@ -204,12 +204,13 @@ int newCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
   if (rest.size() > 1) throw UsageError("one output file at most, not '" + rest[1] + "'");
   const std::filesystem::path output = rest.empty() ? "paper.docx" : rest.front();
   std::vector<std::filesystem::path> inputs{output};
-  if (const auto refs = cl.option("refs")) inputs.emplace_back(*refs);
+  const std::optional<std::string> refs = cl.option("refs");
+  if (refs) inputs.emplace_back(*refs);
   Session session(cl.diagnostics(inputs));
   const StartupForm form = StartupForm::load(session.main2());
   request.parts = chooseParts(cl, form, request.paperType);
   const std::vector<std::string> tables = cl.options("table");
-  if (const auto refs = cl.option("refs")) {
+  if (refs) {
     const std::unique_ptr<std::istream> in = openReferenceList(*refs);
     ReferenceReader reader(*in);
     ReferenceLine line;

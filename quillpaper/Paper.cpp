@@ -75,11 +75,7 @@ void addReferences(Session& session, Paper& paper, const std::vector<std::pair<i
     for (auto& page : section->pages) {
       if (page->part != kReferencesPart) continue;
       // The page ends in the empty paragraph the library styled for the list.
-      while (!page->blocks.empty()) {
-        const auto* p = std::get_if<doc::Paragraph>(&page->blocks.back());
-        if (!p || !p->empty()) break;
-        page->blocks.pop_back();
-      }
+      page->trimEnd();
       for (doc::Paragraph& p : referenceParagraphs(list)) page->blocks.emplace_back(std::move(p));
       return;
     }

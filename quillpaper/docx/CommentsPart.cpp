@@ -38,10 +38,10 @@ std::string editingHintText(int id) {
   return id >= 0 && static_cast<size_t>(id) < hints.size() ? hints[static_cast<size_t>(id)] : "";
 }
 
-std::string commentsXml(const std::vector<int>& hintIds) {
+std::string commentsXml(const std::vector<std::string>& texts) {
   XmlDocument doc;
   pugi::xml_node comments = doc.wordRoot("w:comments");
-  for (size_t i = 0; i < hintIds.size(); ++i) {
+  for (size_t i = 0; i < texts.size(); ++i) {
     pugi::xml_node c = child(comments, "w:comment");
     attr(c, "w:id", static_cast<long>(i));
     attr(c, "w:author", "QuillPaper");
@@ -49,7 +49,7 @@ std::string commentsXml(const std::vector<int>& hintIds) {
     pugi::xml_node p = child(c, "w:p");
     valued(child(p, "w:pPr"), "w:pStyle", "CommentText");
     pugi::xml_node t = child(child(p, "w:r"), "w:t");
-    t.text() = editingHintText(hintIds[i]).c_str();
+    t.text() = xmlSafe(texts[i]).c_str();
   }
   return doc.str();
 }

@@ -164,9 +164,13 @@ class BodyWriter {
         }
         case doc::Inline::Kind::EditingHint:
           if (editingHints_) {
-            runs.comment(static_cast<int>(hints.size()));
-            hints.push_back(i.hintId);
+            runs.comment(static_cast<int>(comments.size()));
+            comments.push_back(editingHintText(i.hintId));
           }
+          break;
+        case doc::Inline::Kind::Remark:
+          runs.comment(static_cast<int>(comments.size()));
+          comments.push_back(i.text);
           break;
       }
     }
@@ -226,7 +230,7 @@ class BodyWriter {
   }
 
  public:
-  std::vector<int> hints;
+  std::vector<std::string> comments;
 
  private:
   pugi::xml_node body_;
@@ -241,7 +245,7 @@ class BodyWriter {
 }  // namespace
 
 Spool documentXml(const Layout& layout, const PaperFormat& format, const PageGeometry& page,
-                  const std::vector<std::string>& headerIds, bool editingHints, std::vector<int>& hints) {
+                  const std::vector<std::string>& headerIds, bool editingHints, std::vector<std::string>& comments) {
   XmlDocument doc;
   pugi::xml_node body = child(doc.wordRoot("w:document"), "w:body");
   // The document's frame first, with a marker where the body's content goes;
@@ -258,7 +262,7 @@ Spool documentXml(const Layout& layout, const PaperFormat& format, const PageGeo
     writer.section(layout.sections[i], i, headerIds[i], i + 1 == layout.sections.size());
   if (layout.sections.empty()) child(body, "w:p");
   writer.flush();
-  hints = writer.hints;
+  comments = std::move(writer.comments);
   xml.append(std::string_view(frame).substr(at + kMarker.size()));
   xml.finish();
   return xml;

@@ -39,8 +39,8 @@ std::string paperBytes(const Layout& layout, const PaperOptions& options) {
     headers.emplace_back("word/header" + n + ".xml", headerXml(s.pageHeader, geometry));
   }
 
-  std::vector<int> hints;
-  Spool body = documentXml(layout, options.format, geometry, headerIds, options.editingHints, hints);
+  std::vector<std::string> comments;
+  Spool body = documentXml(layout, options.format, geometry, headerIds, options.editingHints, comments);
   bool hasLists = false;
   for (const auto& s : layout.sections)
     for (const auto& p : s.pages)
@@ -58,8 +58,8 @@ std::string paperBytes(const Layout& layout, const PaperOptions& options) {
     package.relate(documentPath, {"rIdHeader" + std::to_string(i + 1), relType("header"),
                                   headers[i].first.substr(5)});
   }
-  if (!hints.empty()) {
-    package.addPart("word/comments.xml", wordml("comments+xml"), commentsXml(hints));
+  if (!comments.empty()) {
+    package.addPart("word/comments.xml", wordml("comments+xml"), commentsXml(comments));
     package.relate(documentPath, {"rIdComments", relType("comments"), "comments.xml"});
   }
   package.addPart("docProps/core.xml", "application/vnd.openxmlformats-package.core-properties+xml",

@@ -30,16 +30,16 @@ std::string appPropertiesXml();
 // A header: the running head flush left, the page number flush right.
 std::string headerXml(const std::string& pageHeaderRecord, const PageGeometry& page);
 
-// The editing hints shown beside the text, one comment per hint in order.
-std::string commentsXml(const std::vector<int>& hintIds);
+// The comments beside the text (editing hints, remarks), in order.
+std::string commentsXml(const std::vector<std::string>& texts);
 // The text of an editing hint.
 std::string editingHintText(int id);
 
 // The document body from the laid-out paper; `headerIds` gives each rendered
 // section's header relationship id (empty: linked to the previous section).
-// `hints` receives the editing hints in the order of their comments. A long
+// `comments` receives the comments' texts in order. A long
 // body is spooled to a temporary file rather than held in memory.
 Spool documentXml(const Layout& layout, const PaperFormat& format, const PageGeometry& page,
-                  const std::vector<std::string>& headerIds, bool editingHints, std::vector<int>& hints);
+                  const std::vector<std::string>& headerIds, bool editingHints, std::vector<std::string>& comments);
 
 }  // namespace quillpaper::docx

@@ -211,7 +211,8 @@ void writeList(ListFormat format, const std::vector<FormattedReference>& referen
 
 namespace {
 
-doc::Paragraph paragraphOf(const std::vector<TextRun>& runs) {
+// An entry of the list; one kept as typed says why beside it.
+doc::Paragraph paragraphOf(const std::vector<TextRun>& runs, const std::string& keptBecause) {
   doc::Paragraph p;
   p.style = doc::Style::Bibliography;
   for (const TextRun& run : runs) {
@@ -220,15 +221,23 @@ doc::Paragraph paragraphOf(const std::vector<TextRun>& runs) {
     i.italic = run.italic;
     p.inlines.push_back(std::move(i));
   }
+  if (!keptBecause.empty()) {
+    doc::Inline remark;
+    remark.kind = doc::Inline::Kind::Remark;
+    remark.text = "Kept as typed: " + keptBecause;
+    p.inlines.push_back(std::move(remark));
+  }
   return p;
 }
+
+std::string keptBecause(const FormattedReference& r) { return r.ok() ? "" : r.problems.front(); }
 
 }  // namespace
 
 std::vector<doc::Paragraph> referenceParagraphs(const std::vector<FormattedReference>& references) {
   std::vector<doc::Paragraph> paragraphs;
   for (const FormattedReference& r : references)
-    if (listed(r)) paragraphs.push_back(paragraphOf(shown(r)));
+    if (listed(r)) paragraphs.push_back(paragraphOf(shown(r), keptBecause(r)));
   return paragraphs;
 }
 
@@ -241,6 +250,7 @@ void SortedReferenceList::add(const FormattedReference& r) {
     e.shown = shown.str();
   } else if (listed(r)) {
     e.runs = shown(r);
+    e.keptBecause = keptBecause(r);
   } else {
     return;
   }
@@ -264,7 +274,7 @@ std::vector<doc::Paragraph> SortedReferenceList::paragraphs() {
   std::vector<doc::Paragraph> out;
   out.reserve(entries_.size());
   for (Entry& e : entries_) {
-    out.push_back(paragraphOf(e.runs));
+    out.push_back(paragraphOf(e.runs, e.keptBecause));
     e.runs.clear();
     e.runs.shrink_to_fit();
   }
@@ -284,6 +294,7 @@ void writeReferenceListDocx(std::vector<doc::Paragraph> paragraphs, Session& ses
   w.setStyle(doc::Style::Heading1);
   // The label of the list, centred; bold in the 7th edition, not in the 6th.
   w.text("References\r\n", edition != 7);
+  page->trimEnd();  // the entries follow the heading, with no blank line between
   for (doc::Paragraph& p : paragraphs) page->blocks.emplace_back(std::move(p));
   paragraphs.clear();
   section->pages.push_back(page);

@@ -57,6 +57,7 @@ class SortedReferenceList {
     std::string key;
     std::string shown;            // the entry in the list's form
     std::vector<TextRun> runs;    // or its runs, for paragraphs
+    std::string keptBecause;      // why it is kept as typed, if it is
   };
   void sort();
   std::optional<ListFormat> format_;

@@ -417,6 +417,9 @@ class RefsTest(unittest.TestCase):
             styles = z.read("word/styles.xml").decode("utf-8")
         self.assertIn('w:hanging="720"', styles)
         self.assertEqual(xml.count('<w:pStyle w:val="Bibliography"/>'), 3)
+        # The entries follow the heading, with no empty paragraph between.
+        self.assertRegex(xml, r'References</w:t></w:r>(<w:bookmarkEnd[^>]*/>)?</w:p><w:p><w:pPr><w:pStyle '
+                              r'w:val="Bibliography"/>')
         paper = Rendered(path, self.workdir)
         lines = paper.pages[0]
         self.assertEqual(lines[0], "References")
@@ -433,6 +436,28 @@ class RefsTest(unittest.TestCase):
             xml7 = z.read("word/document.xml").decode("utf-8")
         self.assertIn('<w:r><w:t xml:space="preserve">References', xml7)
         self.assertIn("https://doi.org/10.1037/a0012", xml7)
+
+
+    # Catches a paper that leaves out the list it was given, sorts an edited book
+    # by its title, or says only on standard error that an entry was kept as typed.
+    def test_the_paper_holds_the_list_in_apa_order(self):
+        with open(self.input, "w", encoding="utf-8") as f:
+            f.write("\n".join([
+                "Zed, A. (2001). Last. Journal of Things, 1, 2–3.",
+                "Harley, J. B., & Woodward, D. (Eds.). (1987). Zoo maps. Chicago: University of Chicago Press.",
+                "Abel, B. (2005). A study. Journal of Things, 12(3), 45–67.",
+                "just some words"]) + "\n")
+        for args in (["new", "paper.docx", "--refs=" + self.input], ["refs", self.input, "--format=docx",
+                                                                      "--output=paper.docx"]):
+            result = run_quillpaper(*args, "--edition=6", cwd=self.workdir)
+            self.assertEqual(result.returncode, 0, result.stderr)
+            with zipfile.ZipFile(os.path.join(self.workdir, "paper.docx")) as z:
+                xml = z.read("word/document.xml").decode("utf-8")
+                comments = z.read("word/comments.xml").decode("utf-8")
+            at = [xml.find(name) for name in ("Abel, B.", "Harley, J. B.", "just some words", "Zed, A.")]
+            self.assertTrue(all(a >= 0 for a in at), args)
+            self.assertEqual(at, sorted(at), args)
+            self.assertIn("Kept as typed: no date found", comments)
 
 
 class OutputTest(unittest.TestCase):

@@ -226,12 +226,12 @@ std::string titleCase(std::string_view text) {
   return out;
 }
 
-void titleCaseHeadings(Document& document) {
+void titleCaseHeadings(Document& document, int deepest) {
   for (auto& section : document.sections)
     for (auto& page : section->pages)
       for (Block& block : page->blocks) {
         auto* p = std::get_if<Paragraph>(&block);
-        if (!p || headingLevel(p->style) == 0) continue;
+        if (!p || headingLevel(p->style) == 0 || headingLevel(p->style) > deepest) continue;
         bool first = true, inWord = false;
         for (Inline& i : p->inlines) {
           if (i.kind == Inline::Kind::Text)

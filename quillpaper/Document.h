@@ -165,8 +165,9 @@ class PageWriter {
 // open the title or follow a colon: "Sample size, power, and precision"
 // gives "Sample Size, Power, and Precision".
 std::string titleCase(std::string_view text);
-// The text of every heading in title case, as the 7th edition sets all five
-// levels; placeholders stay as they are.
-void titleCaseHeadings(Document& document);
+// The text of the headings of levels 1 to `deepest` in title case: the 7th
+// edition sets all five levels so, the 6th levels 1 and 2. Placeholders stay
+// as they are.
+void titleCaseHeadings(Document& document, int deepest);
 
 }  // namespace quillpaper::doc

@@ -100,8 +100,9 @@ Paper makePaper(Session& session, const PaperRequest& request) {
   options.edition = request.edition;
   paper.builder = make<PaperBuilder>(options);
   execute(session, "InitializeBuilder", paper.builder);
-  // The 7th edition sets every heading level in title case ("Sampling Procedures").
-  if (request.edition == 7) doc::titleCaseHeadings(paper.builder->document());
+  // Headings in title case ("Participant (Subject) Characteristics"): the 7th
+  // edition's at every level, the 6th's at levels 1 and 2.
+  doc::titleCaseHeadings(paper.builder->document(), request.edition == 7 ? 5 : 2);
   if (request.chapters > 0) addChapters(session, *paper.builder, request.chapters);
   if (!request.tables.empty()) addTables(session, *paper.builder, request.tables);
   if (!request.references.empty()) addReferences(session, paper, request.references, request.edition);

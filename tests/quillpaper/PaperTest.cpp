@@ -42,11 +42,17 @@ TEST(PageWriterTest, TitleCase) {
   w.text("Refer");
   w.bookmark("References");
   w.text("ences and results\r\nbody text stays\r\n");
+  w.setStyle(Style::Heading3);
+  w.text("Sample size and power.\r\n");
   section->pages.push_back(page);
   document.sections.push_back(section);
-  doc::titleCaseHeadings(document);
+  // The 6th edition: levels 1 and 2 only.
+  doc::titleCaseHeadings(document, 2);
   EXPECT_EQ(paragraphAt(*page, 0).plainText(), "References and Results");
   EXPECT_EQ(paragraphAt(*page, 1).plainText(), "body text stays");
+  EXPECT_EQ(paragraphAt(*page, 2).plainText(), "Sample size and power.");
+  doc::titleCaseHeadings(document, 5);
+  EXPECT_EQ(paragraphAt(*page, 2).plainText(), "Sample Size and Power.");
 }
 
 // Catches a cursor that keeps writing into the finished paragraph, or a

@@ -117,7 +117,8 @@ class PaperTest(unittest.TestCase):
         self.assertEqual(title_page[1:], ["Effects of Sleep on Memory", "Ann Lee", "Yale University"])
         self.assertNotIn("Author Note", paper.text(1))
         self.assertIn("Click here and type your paper. In the Introduction, you should:", paper.text(6))
-        self.assertIn("Participant (subject) characteristics", paper.text(7))
+        # Level 2 headings in title case, as APA sets levels 1 and 2.
+        self.assertIn("Participant (Subject) Characteristics", paper.text(7))
 
     # Catches a generated list that shows nothing, or page numbers that are not
     # where the headings really are.

@@ -111,9 +111,16 @@ void PageWriter::text(std::string_view text, bool toggleBold, bool italic) {
 }
 
 void PageWriter::placeholder(std::string_view text) {
-  // Two placeholders in a row are two things to fill in: keep them apart.
+  // Two placeholders in a row are two things to fill in: keep them apart, as
+  // two sentences when the second is one ("[New affiliation]. Delete this
+  // paragraph if …").
   Paragraph& p = current();
-  if (!p.inlines.empty() && p.inlines.back().kind == Inline::Kind::Placeholder) this->text(" ");
+  if (!p.inlines.empty() && p.inlines.back().kind == Inline::Kind::Placeholder) {
+    const std::string& before = p.inlines.back().text;
+    const bool sentence = !text.empty() && std::isupper(static_cast<unsigned char>(text[0])) && !before.empty() &&
+                          std::string_view(".?!").find(before.back()) == std::string_view::npos;
+    this->text(sentence ? ". " : " ");
+  }
   current().inlines.push_back(formatted(Inline::Kind::Placeholder, std::string(text), false, false));
 }
 

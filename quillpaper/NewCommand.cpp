@@ -1,5 +1,6 @@
 // quillpaper new: writes the skeleton of an APA paper as a .docx.
 #include <algorithm>
+#include <cctype>
 #include <fstream>
 #include <iostream>
 #include <tuple>
@@ -166,6 +167,18 @@ std::map<std::string, std::string> titlePageFields(CommandLine& cl, int edition)
     const auto [name, numbers] = authorAndAffiliations(authors[k], static_cast<int>(affiliations.size()));
     fields[seventh::authorKey(number)] = name;
     if (!numbers.empty()) fields[seventh::authorAffiliationsKey(number)] = numbers;
+  }
+  // A field is one line of the title page: the blanks typed around and within
+  // it ("  northfield  college ") are not part of it.
+  for (auto& [key, value] : fields) {
+    std::string tidy;
+    for (char c : value)
+      if (!std::isspace(static_cast<unsigned char>(c)))
+        tidy += c;
+      else if (!tidy.empty() && tidy.back() != ' ')
+        tidy += ' ';
+    if (!tidy.empty() && tidy.back() == ' ') tidy.pop_back();
+    value = tidy;
   }
   return fields;
 }

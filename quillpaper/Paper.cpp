@@ -81,6 +81,39 @@ void addReferences(Session& session, Paper& paper, const std::vector<std::pair<i
     }
 }
 
+// The 6th edition's author note as APA sets it: its paragraphs indented
+// under the label with no blank line between, the e-mail address closing the
+// correspondence paragraph.
+void authorNoteAsApaWritesIt(doc::Document& document) {
+  for (auto& section : document.sections)
+    for (auto& page : section->pages) {
+      auto& blocks = page->blocks;
+      const auto label = std::find_if(blocks.begin(), blocks.end(), [](const doc::Block& b) {
+        const auto* p = std::get_if<doc::Paragraph>(&b);
+        return p && p->plainText() == "Author Note";
+      });
+      if (label == blocks.end()) continue;
+      size_t at = static_cast<size_t>(label - blocks.begin()) + 1;
+      while (at < blocks.size() && std::holds_alternative<doc::Paragraph>(blocks[at]) &&
+             std::get<doc::Paragraph>(blocks[at]).empty())
+        blocks.erase(blocks.begin() + static_cast<long>(at));
+      for (size_t k = at; k < blocks.size(); ++k) {
+        auto* p = std::get_if<doc::Paragraph>(&blocks[k]);
+        if (!p || p->empty()) continue;
+        p->style = doc::Style::Paragraph;
+        auto* before = k > at ? std::get_if<doc::Paragraph>(&blocks[k - 1]) : nullptr;
+        if (before && p->plainText().starts_with("E-mail:")) {
+          doc::Inline space;
+          space.text = " ";
+          before->inlines.push_back(std::move(space));
+          before->inlines.insert(before->inlines.end(), p->inlines.begin(), p->inlines.end());
+          blocks.erase(blocks.begin() + static_cast<long>(k--));
+        }
+      }
+      return;
+    }
+}
+
 }  // namespace
 
 Paper makePaper(Session& session, const PaperRequest& request) {
@@ -103,6 +136,7 @@ Paper makePaper(Session& session, const PaperRequest& request) {
   // Headings in title case ("Participant (Subject) Characteristics"): the 7th
   // edition's at every level, the 6th's at levels 1 and 2.
   doc::titleCaseHeadings(paper.builder->document(), request.edition == 7 ? 5 : 2);
+  if (request.edition == 6) authorNoteAsApaWritesIt(paper.builder->document());
   if (request.chapters > 0) addChapters(session, *paper.builder, request.chapters);
   if (!request.tables.empty()) addTables(session, *paper.builder, request.tables);
   if (!request.references.empty()) addReferences(session, paper, request.references, request.edition);

@@ -78,7 +78,12 @@ TEST(PageWriterTest, PlaceholdersInARowStayApart) {
   PageWriter w(page);
   w.placeholder("[New affiliation]");
   w.placeholder("Delete this paragraph");
-  EXPECT_EQ(paragraphAt(page, 0).plainText(), "[New affiliation] Delete this paragraph");
+  w.text("\r\n");
+  w.placeholder("[State]");
+  w.placeholder("[Zipcode]");
+  // Two sentences apart as sentences, two fill-ins with a space.
+  EXPECT_EQ(paragraphAt(page, 0).plainText(), "[New affiliation]. Delete this paragraph");
+  EXPECT_EQ(paragraphAt(page, 1).plainText(), "[State] [Zipcode]");
 }
 
 // Catches a generated list that swallows a paragraph with content.

@@ -66,7 +66,7 @@ class PaperTest(unittest.TestCase):
                  "--college=Yale University")
         cls.make("manuscript", "--paper-type=3", "--title=Sleep and Memory", "--author=Ann Lee",
                  "--affiliation=Yale University", "--second-author=Bo Park",
-                 "--second-affiliation=Brown University")
+                 "--second-affiliation=  Brown  University ")
         cls.make("placeholders")
         cls.make("student", "--paper-type=0", "--title=Sleep", "--with=table of contents", "--with=appendix",
                  "--no-hints")
@@ -145,6 +145,18 @@ class PaperTest(unittest.TestCase):
         self.assertIn("Ann Lee, Yale University; Bo Park, Brown University.", text)
         self.assertIn("Correspondence concerning this article should be addressed to Ann Lee, Yale University,",
                       text)
+        # The author note as APA sets it: indented paragraphs right under the label,
+        # sentences kept apart, the e-mail address ending the correspondence paragraph.
+        self.assertIn("disclose them here. Identify financial support", text)
+        self.assertIn("[Zipcode]. E-mail: [name@university.edu]", text)
+        with zipfile.ZipFile(os.path.join(self.workdir, "manuscript.docx")) as z:
+            xml = z.read("word/document.xml").decode("utf-8")
+        note = xml[xml.index(">Author Note<"):xml.index(">Abstract<")]
+        paragraphs = re.findall(r"<w:p>.*?</w:p>", note[note.index("</w:p>") + 6:])
+        self.assertRegex(paragraphs[0], r"<w:t[ >]")  # no blank line under the label
+        paragraphs = [p for p in paragraphs if re.search(r"<w:t[ >]", p)]
+        self.assertEqual(len(paragraphs), 4)
+        self.assertTrue(all('<w:pStyle w:val="Paragraph"/>' in p for p in paragraphs))
         self.assertEqual(paper.page_of("Abstract"), 2)
         self.assertEqual(paper.pages[2][1], "Sleep and Memory")  # the title opens the text, not "Introduction"
         self.assertIsNone(paper.page_of("Introduction"))

@@ -114,6 +114,18 @@ void authorNoteAsApaWritesIt(doc::Document& document) {
     }
 }
 
+// The 6th edition's section labels are plain: "Appendix" as "Abstract" and "References".
+void appendixLabelPlain(doc::Document& document) {
+  for (auto& section : document.sections)
+    for (auto& page : section->pages)
+      for (doc::Block& block : page->blocks) {
+        auto* p = std::get_if<doc::Paragraph>(&block);
+        if (!p || p->style != doc::Style::Heading1 || p->plainText() != "Appendix") continue;
+        for (doc::Inline& i : p->inlines)
+          if (i.kind == doc::Inline::Kind::Text) i.toggleBold = true;
+      }
+}
+
 }  // namespace
 
 Paper makePaper(Session& session, const PaperRequest& request) {
@@ -136,7 +148,10 @@ Paper makePaper(Session& session, const PaperRequest& request) {
   // Headings in title case ("Participant (Subject) Characteristics"): the 7th
   // edition's at every level, the 6th's at levels 1 and 2.
   doc::titleCaseHeadings(paper.builder->document(), request.edition == 7 ? 5 : 2);
-  if (request.edition == 6) authorNoteAsApaWritesIt(paper.builder->document());
+  if (request.edition == 6) {
+    authorNoteAsApaWritesIt(paper.builder->document());
+    appendixLabelPlain(paper.builder->document());
+  }
   if (request.chapters > 0) addChapters(session, *paper.builder, request.chapters);
   if (!request.tables.empty()) addTables(session, *paper.builder, request.tables);
   if (!request.references.empty()) addReferences(session, paper, request.references, request.edition);

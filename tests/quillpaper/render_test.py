@@ -168,6 +168,11 @@ class PaperTest(unittest.TestCase):
         whole = " ".join(paper.text(n) for n in range(1, paper.count + 1))
         self.assertNotIn("(APA 2.0", whole)
         self.assertEqual(paper.page_of("Appendix"), paper.count)
+        # Its label plain, as the other section labels of the 6th edition.
+        with zipfile.ZipFile(os.path.join(self.workdir, "student.docx")) as z:
+            xml = z.read("word/document.xml").decode("utf-8")
+        for label in ("Appendix", "References"):
+            self.assertRegex(xml, r'<w:b w:val="0"/></w:rPr><w:t xml:space="preserve">' + label[:5], label)
         self.assertEqual(paper.pages[0][1:], ["Sleep", "[The primary author(s) of this paper]",
                                               "[The College which grants your degree]"])
 

@@ -63,11 +63,15 @@ void PaperPage::addTOC(int16_t kind) {
 }
 
 void PaperPage::AddCaption(const std::string& kind) {
-  const int number = builder_->sequences().next(kind);
+  // A sample caption for the user to fill in: numbered in a sequence of its
+  // own, so that it numbers none of the paper's tables or figures (the first
+  // table asked for is Table 1) and heads no list.
+  const std::string sequence = "Sample" + kind;
+  const int number = builder_->sequences().next(sequence);
   writer_.setStyle(doc::Style::Caption);
   // APA sets the label of a caption in italics: "Figure 1."
   writer_.text(kind + " ", false, true);
-  writer_.field("SEQ " + kind + " \\* ARABIC", std::to_string(number), true);
+  writer_.field("SEQ " + sequence + " \\* ARABIC", std::to_string(number), true);
   writer_.text(". ", false, true);
   writer_.placeholder(kind == "Table" ? "[Title of the table]" : "[Caption of the figure]");
   writer_.carriageReturns(1);

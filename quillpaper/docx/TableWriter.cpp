@@ -98,17 +98,19 @@ ColumnPlan columnWidths(const doc::TableBlock& t, long total) {
 
 void writeTable(pugi::xml_node body, const doc::TableBlock& t, const PageGeometry& page, bool breakBefore,
                 const std::string& bookmark, int bookmarkId) {
-  // "Table N", then the title in italics on the next line (APA 6).
+  // "Table N", then the title in italics on the next line, in one paragraph:
+  // the caption the List of Tables takes is the number and the title.
   pugi::xml_node number = paragraph(body, "TableNumber", breakBefore);
-  RunWriter numberRuns(number);
-  if (!bookmark.empty()) numberRuns.bookmarkStart(bookmarkId, bookmark);
-  numberRuns.text("Table ");
-  numberRuns.field("SEQ Table \\* ARABIC", std::to_string(t.number));
-  if (!bookmark.empty()) numberRuns.bookmarkEnd(bookmarkId);
-  RunWriter titleRuns(paragraph(body, "TableTitle"));
-  RunFormat italic;
-  italic.italic = true;
-  textWithBreaks(titleRuns, t.caption, italic);
+  RunWriter runs(number);
+  if (!bookmark.empty()) runs.bookmarkStart(bookmarkId, bookmark);
+  runs.text("Table ");
+  runs.field("SEQ Table \\* ARABIC", std::to_string(t.number));
+  if (!bookmark.empty()) runs.bookmarkEnd(bookmarkId);
+  runs.lineBreak();
+  RunFormat title;
+  title.italic = true;
+  title.bold = false;  // the 7th edition's number is bold, its title not
+  textWithBreaks(runs, t.caption, title);
 
   pugi::xml_node tbl = child(body, "w:tbl");
   pugi::xml_node props = child(tbl, "w:tblPr");
@@ -164,6 +166,8 @@ void writeTable(pugi::xml_node body, const doc::TableBlock& t, const PageGeometr
   if (t.generalNote.empty() && t.notes.empty()) return;
   if (!t.generalNote.empty()) {
     RunWriter runs(paragraph(body, "TableNote"));
+    RunFormat italic;
+    italic.italic = true;
     runs.text(t.noteLead, italic);
     runs.text(" ");
     markedText(runs, t.generalNote);

@@ -132,8 +132,12 @@ class PaperTest(unittest.TestCase):
                 heading, page = re.match(r"(.*?)\.{3,}\s*(\d+)$", line).groups()
                 self.assertEqual(paper.page_of(heading.strip()), int(page), f"{name}: {line}")
         thesis = self.papers["thesis"]
-        self.assertIn("Table 1. [Title of the table]", thesis.text(3))
-        self.assertIn("Figure 1. [Caption of the figure]", thesis.text(4))
+        # The Introduction's sample captions number nothing and head no list.
+        self.assertIn("No tables yet.", thesis.text(3))
+        self.assertIn("No figures yet.", thesis.text(4))
+        introduction = thesis.text(thesis.page_of("Introduction"))
+        self.assertIn("Table 1. [Title of the table]", introduction)
+        self.assertIn("Figure 1. [Caption of the figure]", introduction)
 
     # Catches the manuscript's title page losing its affiliations or author note,
     # and a body that breaks pages where it should run on.
@@ -379,6 +383,21 @@ class TablesTest(unittest.TestCase):
         self.assertEqual(paper.page_of("Predictors of Self-Reported Moral Behavior"), first + 1)
         self.assertEqual(paper.pages[first][1], "Table 2")
         self.assertIsNone(paper.page_of("Table 1. Sample table caption."))
+
+    # Catches a thesis whose first table is "Table 2" (after the Introduction's
+    # sample caption), or a List of Tables entry without its title.
+    def test_a_thesis_numbers_its_tables_from_one(self):
+        path = os.path.join(self.workdir, "thesis-tables.docx")
+        result = run_quillpaper("new", path, "--edition=6", "--paper-type=2", "--table=correlation",
+                                cwd=self.workdir)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        paper = Rendered(path, self.workdir)
+        table = paper.page_of("Table 1")
+        self.assertIsNotNone(table)
+        self.assertIsNone(paper.page_of("Table 2"))
+        listed = paper.text(paper.page_of("List of Tables"))
+        self.assertRegex(listed, r"Table 1 Intercorrelations Between Subscales for Students and Older Adults\.+ ?"
+                         + str(table))
 
 
 class RefsTest(unittest.TestCase):

@@ -66,6 +66,8 @@ std::string Paragraph::plainText() const {
   for (const Inline& i : inlines)
     if (i.kind == Inline::Kind::Text || i.kind == Inline::Kind::Placeholder || i.kind == Inline::Kind::Field)
       out += i.text;
+    else if (i.kind == Inline::Kind::LineBreak)
+      out += ' ';  // as a list of captions shows it
   return out;
 }
 
@@ -147,6 +149,12 @@ void PageWriter::bookmark(std::string name) {
   Inline i;
   i.kind = Inline::Kind::Bookmark;
   i.text = std::move(name);
+  current().inlines.push_back(std::move(i));
+}
+
+void PageWriter::lineBreak() {
+  Inline i;
+  i.kind = Inline::Kind::LineBreak;
   current().inlines.push_back(std::move(i));
 }
 

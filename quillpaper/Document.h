@@ -20,6 +20,7 @@ struct Inline {
     Bookmark,     // a named position
     EditingHint,  // a hint shown beside the text (`hintId`), when the paper shows hints
     Remark,       // a remark shown beside the text (`text`), always: "Kept as typed: …"
+    LineBreak,    // a new line within the paragraph ("Table 1" over its title)
   };
   Kind kind = Kind::Text;
   std::string text;
@@ -145,16 +146,17 @@ class PageWriter {
   void field(std::string code, std::string result, bool italic = false);
   void bookmark(std::string name);
   void editingHint(int id);
+  void lineBreak();
   void carriageReturns(int count);
   // A complete paragraph of its own; the cursor moves to a new one after it.
   void paragraph(Style style, std::string_view text);
   void block(Block block);
   Paragraph& current();
+  // Starts a new paragraph unless the current one is still empty.
+  void freshParagraph();
 
  private:
   void endParagraph();
-  // Starts a new paragraph unless the current one is still empty.
-  void freshParagraph();
   Inline formatted(Inline::Kind kind, std::string text, bool toggleBold, bool italic) const;
   Page& page_;
   CharacterFormat format_;

@@ -78,14 +78,32 @@ void PaperPage::AddCaption(const std::string& kind) {
 }
 
 void PaperPage::AddSection(const std::string& heading, const std::string& hint, bool outputTemplate) {
-  // A sample table or figure: "Table 1. Sample table caption." is the 6th
-  // edition's caption; the 7th sets the number in bold over a title in
-  // italic title case.
+  // A sample table or figure ("Table 1. Sample table caption."): a real,
+  // numbered caption in APA's form, listed with the tables or figures, not a
+  // heading. The 6th edition sets "Table 1" over the title in italics, and
+  // "Figure 1. Caption." with its label in italics; the 7th sets the number
+  // in bold over the title in italic title case for both.
   static const std::regex sample(R"(^(Table|Figure) ([0-9]+)\. (.*[^.])\.?$)");
   std::smatch m;
-  if (builder_->APAEdition() == 7 && std::regex_match(heading, m, sample)) {
-    writer_.paragraph(doc::Style::TableNumber, m[1].str() + " " + m[2].str());
-    writer_.paragraph(doc::Style::TableTitle, doc::titleCase(m[3].str()));
+  if (std::regex_match(heading, m, sample)) {
+    const std::string kind = m[1].str(), number = m[2].str(), title = m[3].str();
+    const bool seventh = builder_->APAEdition() == 7;
+    writer_.freshParagraph();
+    if (kind == "Figure" && !seventh) {
+      writer_.setStyle(doc::Style::Caption);
+      writer_.text(kind + " ", false, true);
+      writer_.field("SEQ " + kind + " \\* ARABIC", number, true);
+      writer_.text(". ", false, true);
+      writer_.text(title + ".");
+    } else {
+      writer_.setStyle(doc::Style::TableNumber);
+      writer_.text(kind + " ");
+      writer_.field("SEQ " + kind + " \\* ARABIC", number);
+      writer_.lineBreak();
+      // The title is never bold: against the 7th edition's bold number, it says so.
+      writer_.text(seventh ? doc::titleCase(title) : title, seventh, true);
+    }
+    writer_.carriageReturns(1);
   } else {
     writer_.paragraph(doc::Style::Heading1, heading);
   }

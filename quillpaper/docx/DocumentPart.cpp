@@ -168,6 +168,7 @@ class BodyWriter {
             comments.push_back(editingHintText(i.hintId));
           }
           break;
+        case doc::Inline::Kind::LineBreak: runs.lineBreak(); break;
         case doc::Inline::Kind::Remark:
           runs.comment(static_cast<int>(comments.size()));
           comments.push_back(i.text);

@@ -14,7 +14,7 @@ namespace {
 
 // The caption's sequence ("Figure", "Table") when `p` is a caption.
 std::string captionKind(const doc::Paragraph& p) {
-  if (p.style != doc::Style::Caption) return {};
+  if (p.style != doc::Style::Caption && p.style != doc::Style::TableNumber) return {};
   for (const doc::Inline& i : p.inlines)
     if (i.kind == doc::Inline::Kind::Field && i.code.starts_with("SEQ ")) {
       const std::string rest = i.code.substr(4);

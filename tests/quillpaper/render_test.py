@@ -384,6 +384,23 @@ class TablesTest(unittest.TestCase):
         self.assertEqual(paper.pages[first][1], "Table 2")
         self.assertIsNone(paper.page_of("Table 1. Sample table caption."))
 
+    # Catches the sample Tables and Figures pages set as headings (in the
+    # contents, missing from their lists) instead of APA's captions.
+    def test_sample_table_and_figure_captions(self):
+        path = os.path.join(self.workdir, "samples.docx")
+        result = run_quillpaper("new", path, "--edition=6", "--paper-type=2", "--with=tables", "--with=figures",
+                                "--no-hints", cwd=self.workdir)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        paper = Rendered(path, self.workdir)
+        table = paper.page_of("Table 1")
+        self.assertEqual(paper.pages[table - 1][paper.pages[table - 1].index("Table 1") + 1], "Sample table caption")
+        figure = paper.page_of("Figure 1. Sample figure caption.")
+        self.assertIsNotNone(figure)
+        self.assertRegex(paper.text(paper.page_of("List of Tables")), r"Table 1 Sample table caption\.+ ?" + str(table))
+        self.assertRegex(paper.text(paper.page_of("List of Figures")),
+                         r"Figure 1\. Sample figure caption\.+ ?" + str(figure))
+        self.assertNotIn("Sample", paper.text(paper.page_of("Table of Contents")))
+
     # Catches a thesis whose first table is "Table 2" (after the Introduction's
     # sample caption), or a List of Tables entry without its title.
     def test_a_thesis_numbers_its_tables_from_one(self):

@@ -47,6 +47,12 @@ Style styleNamed(std::string_view name) {
   return Style::Normal;
 }
 
+std::string TableBlock::title() const {
+  std::string out = caption;
+  for (size_t at; (at = out.find("\r\n")) != std::string::npos;) out.replace(at, 2, " ");
+  return out;
+}
+
 void Page::trimEnd() {
   while (!blocks.empty()) {
     const auto* p = std::get_if<Paragraph>(&blocks.back());

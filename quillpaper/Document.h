@@ -96,6 +96,8 @@ struct TableBlock {
   std::string noteLead = "Note.";
   std::string generalNote;
   std::vector<std::string> notes;  // the probability and specific notes, each on a line
+  // The caption as one line: the library breaks a long one ("…Between\r\nSubscales…").
+  std::string title() const;
 };
 
 using Block = std::variant<Paragraph, GeneratedList, std::shared_ptr<TableBlock>>;

@@ -36,6 +36,54 @@ void add(std::vector<StyledRun>& runs, std::string text, bool italic = false, bo
 }
 
 // Marker words inside a plain run.
+bool isLetter(char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; }
+
+// Plain table text as APA sets it: a statistical symbol standing as a word
+// in italics ("Students (n = 200)", "Model 1 B"); a true minus sign before a
+// negative number ("−.09"), "×" between the factors of an interaction
+// ("A × S"), an em dash for "--".
+void addPlain(std::vector<StyledRun>& runs, std::string_view text, bool italic) {
+  if (italic) return add(runs, std::string(text), true);
+  std::string pending;
+  size_t i = 0;
+  while (i < text.size()) {
+    const bool wordStart = i == 0 || !isLetter(text[i - 1]);
+    if (text.substr(i).starts_with("--")) {
+      pending += "\u2014";
+      i += 2;
+      continue;
+    }
+    const bool numberAfter = i + 1 < text.size() && (std::isdigit(static_cast<unsigned char>(text[i + 1])) ||
+                                                     (text[i + 1] == '.' && i + 2 < text.size() &&
+                                                      std::isdigit(static_cast<unsigned char>(text[i + 2]))));
+    if (text[i] == '-' && numberAfter && (i == 0 || text[i - 1] == ' ' || text[i - 1] == '(')) {
+      pending += "\u2212";
+      ++i;
+      continue;
+    }
+    if (!wordStart || !isLetter(text[i])) {
+      pending += text[i++];
+      continue;
+    }
+    size_t end = i;
+    while (end < text.size() && isLetter(text[end])) ++end;
+    const std::string_view word = text.substr(i, end - i);
+    const bool between = i >= 2 && text[i - 1] == ' ' && end + 1 < text.size() && text[end] == ' ' &&
+                         text[i - 2] != ' ' && text[end + 1] != ' ';
+    if ((word == "X" || word == "x") && between) {
+      pending += "\u00d7";
+    } else if (isStatisticalSymbol(word)) {
+      add(runs, pending);
+      pending.clear();
+      add(runs, std::string(word), true);
+    } else {
+      pending += word;
+    }
+    i = end;
+  }
+  add(runs, pending);
+}
+
 void addWords(std::vector<StyledRun>& runs, std::string_view text, bool italic) {
   struct Word {
     std::string_view marker;
@@ -61,7 +109,7 @@ void addWords(std::vector<StyledRun>& runs, std::string_view text, bool italic) 
       pending += text[i++];
       continue;
     }
-    add(runs, pending, italic);
+    addPlain(runs, pending, italic);
     pending.clear();
     i += found->marker.size();
     if (found->marker == "_dagger_") {
@@ -82,7 +130,7 @@ void addWords(std::vector<StyledRun>& runs, std::string_view text, bool italic) 
       i = end;
     }
   }
-  add(runs, pending, italic);
+  addPlain(runs, pending, italic);
 }
 
 // A plain run that precedes a raised one: a one-letter symbol at its end is italic.
@@ -101,9 +149,10 @@ void addBeforeRaised(std::vector<StyledRun>& runs, std::string_view text) {
 
 std::vector<StyledRun> renderTableMarkup(std::string_view text) {
   std::vector<StyledRun> runs;
-  // A cell that is just a statistical symbol, or "eta" / "beta".
-  if (text == "eta") return {{"η", true}};
-  if (text == "beta") return {{"β", true}};
+  // A cell that is just a statistical symbol, or "eta" / "beta" (Greek
+  // letters are roman in APA's tables).
+  if (text == "eta") return {{"η", false}};
+  if (text == "beta") return {{"β", false}};
   if (isStatisticalSymbol(text)) return {{std::string(text), true}};
 
   std::vector<std::string_view> pieces;

@@ -33,9 +33,7 @@ void forEachBlock(const Layout& layout, F f) {
 // "Table 2 Title", as a list of tables shows a table's caption (its number,
 // a line break, its title) once the word processor refreshes it.
 std::string tableEntry(const doc::TableBlock& t) {
-  std::string caption = t.caption;
-  for (size_t at; (at = caption.find("\r\n")) != std::string::npos;) caption.replace(at, 2, " ");
-  return "Table " + std::to_string(t.number) + " " + caption;
+  return "Table " + std::to_string(t.number) + " " + t.title();
 }
 
 }  // namespace

@@ -138,6 +138,9 @@ std::string stylesXml(const PaperFormat& format, const PageGeometry& page) {
   valued(rPr(small), "w:sz", "20");
   valued(rPr(small), "w:szCs", "20");
   spacing(pPr(addStyle(styles, {"TableNote", "Table Note"})), 0, kSingleSpacing);
+  pugi::xml_node smallNote = addStyle(styles, {"TableNoteSmall", "Table Note Small", "paragraph", "TableNote"});
+  valued(rPr(smallNote), "w:sz", "20");
+  valued(rPr(smallNote), "w:szCs", "20");
 
   // Generated lists: entries with dot leaders to the page number.
   for (int level = 1; level <= 3; ++level) {

@@ -32,18 +32,6 @@ void markedText(RunWriter& runs, std::string_view text, bool italicAll = false) 
   }
 }
 
-// Text with "\r\n" kept as line breaks.
-void textWithBreaks(RunWriter& runs, std::string_view text, const RunFormat& f) {
-  size_t start = 0;
-  for (;;) {
-    const size_t end = text.find("\r\n", start);
-    runs.text(text.substr(start, end == std::string_view::npos ? end : end - start), f);
-    if (end == std::string_view::npos) return;
-    runs.lineBreak();
-    start = end + 2;
-  }
-}
-
 void border(pugi::xml_node parent, const char* side, long size) {
   pugi::xml_node b = child(parent, side);
   attr(b, "w:val", "single");
@@ -110,7 +98,7 @@ void writeTable(pugi::xml_node body, const doc::TableBlock& t, const PageGeometr
   RunFormat title;
   title.italic = true;
   title.bold = false;  // the 7th edition's number is bold, its title not
-  textWithBreaks(runs, t.caption, title);
+  runs.text(t.title(), title);
 
   pugi::xml_node tbl = child(body, "w:tbl");
   pugi::xml_node props = child(tbl, "w:tblPr");
@@ -164,8 +152,10 @@ void writeTable(pugi::xml_node body, const doc::TableBlock& t, const PageGeometr
   }
 
   if (t.generalNote.empty() && t.notes.empty()) return;
+  // The notes in the size of the table's text.
+  const char* noteStyle = plan.small ? "TableNoteSmall" : "TableNote";
   if (!t.generalNote.empty()) {
-    RunWriter runs(paragraph(body, "TableNote"));
+    RunWriter runs(paragraph(body, noteStyle));
     RunFormat italic;
     italic.italic = true;
     runs.text(t.noteLead, italic);
@@ -173,7 +163,7 @@ void writeTable(pugi::xml_node body, const doc::TableBlock& t, const PageGeometr
     markedText(runs, t.generalNote);
   }
   for (const std::string& note : t.notes) {
-    RunWriter runs(paragraph(body, "TableNote"));
+    RunWriter runs(paragraph(body, noteStyle));
     markedText(runs, note);
   }
 }

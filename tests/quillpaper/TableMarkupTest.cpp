@@ -32,8 +32,8 @@ TEST(TableMarkupTest, MarkersRenderAsTheTextsImply) {
       {"delta_NFI", "ΔNFI"},
       {"chi_squared", "χ^2^"},
       {"chi_squared_diff", "χ^2^~diff~"},
-      {"eta", "_η_"},
-      {"beta", "_β_"},
+      {"eta", "η"},
+      {"beta", "β"},
       {"   Age/age (sigma_squareda1)", "   Age/age (σ^2^~a1~)"},
       {"(sigma_squared)", "(σ^2^)"},
       {" .08|_dagger_", " .08^†^"},
@@ -45,8 +45,16 @@ TEST(TableMarkupTest, MarkersRenderAsTheTextsImply) {
       {" 216|b", " 216^b^"},
       {"df", "_df_"},
       {"SE", "_SE_"},
-      {"Model 1 B", "Model 1 B"},
-      {"Students (n = 200)", "Students (n = 200)"},
+      // A statistical symbol standing as a word is italic; words holding its letters are not.
+      {"Model 1 B", "Model 1 _B_"},
+      {"Students (n = 200)", "Students (_n_ = 200)"},
+      {"Boys and Men", "Boys and Men"},
+      // A minus sign, the interaction's "×", an em dash.
+      {"-.09", "\u2212.09"},
+      {"(-1.20)", "(\u22121.20)"},
+      {"18-25", "18-25"},
+      {"A X S", "A \u00d7 _S_"},
+      {"--", "\u2014"},
       {"", ""},
   };
   for (const auto& [in, expected] : rows) EXPECT_EQ(compact(renderTableMarkup(in)), expected) << in;

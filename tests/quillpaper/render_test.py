@@ -294,14 +294,14 @@ class TablesTest(unittest.TestCase):
     EXPECTED = {
         "anova": ["Analysis of Variance for Classical Conditioning", "Source", "η", "Between subjects",
                   "3.27**", "Note. This ANOVA table example", "*p < .05. **p < .01."],
-        "correlation": ["Intercorrelations Between", "Subscales for Students and Older Adults", "Subscale",
-                        "Students (n = 200)", "-.34", "Note. This correlation table"],
-        "lisrel": ["Factor Loadings and Uniqueness", "Unstandardized factor loading", "SI--Speech Characteristics",
+        "correlation": ["Intercorrelations Between Subscales for Students and Older Adults", "Subscale",
+                        "Students (n = 200)", "\u2212.34", "Note. This correlation table"],
+        "lisrel": ["Factor Loadings and Uniqueness", "Unstandardized factor loading", "SI\u2014Speech Characteristics",
                    "Loud and explosive", "Dashes indicate the standard error was not estimated."],
         "model-comparison": ["Fit Indices for Nested Sequence", "χ2", "χ2diff", "ΔNFI", "443.18*", "3,849.07*",
                              "*p < .05."],
         "multilevel-model": ["Fixed effects", "Random parameters", "(σ2a0)", "(σ2a31)", "Intercept/intercept w0",
-                             "-2*log likelihood", "38,369.7"],
+                             "\u22122*log likelihood", "38,369.7"],
         "regression": ["Predictors of Self-Reported Moral Behavior", "Self-reported moral behavior", "Model 2",
                        "95% CI", "ΔR2", "ΔF", "3.192**", "*p < .05., **p < .01"],
         "hierarchical-multiple-regression": ["Source of social support and social conflict", "Mother", "Friend",
@@ -350,11 +350,23 @@ class TablesTest(unittest.TestCase):
             for code in ("chi_squared", "delta_", "sigma_squared", "_dagger_", "|"):
                 self.assertNotIn(code, text, f"{kind}: {code}")
 
-    # Catches a table whose rows or columns differ from what its metadata says.
-    def test_a_caption_keeps_its_line_break(self):
+    # Catches notes set larger than the table they belong to.
+    def test_notes_in_the_size_of_their_table(self):
+        small = 0
+        for kind, path in self.docs.items():
+            with zipfile.ZipFile(path) as z:
+                xml = z.read("word/document.xml").decode("utf-8")
+            if 'w:val="TableTextSmall"' in xml:
+                small += 1
+                self.assertNotIn('w:val="TableNote"', xml, kind)
+        self.assertGreater(small, 0)
+
+    # Catches a title split where the library breaks it ("Between" / "Subscales").
+    def test_a_title_is_one_line(self):
         lines = [line.strip() for line in self.text("correlation").splitlines()]
-        self.assertIn("Intercorrelations Between", lines)
-        self.assertIn("Subscales for Students and Older Adults", lines)
+        self.assertIn("Intercorrelations Between Subscales for Students and Older Adults", lines)
+
+    # Catches a table whose rows or columns differ from what its metadata says.
 
     def test_rows_and_columns_match_the_metadata(self):
         for kind, (rows, columns) in self.SIZES.items():

@@ -45,10 +45,10 @@ constexpr const char* kUsage =
     "--affiliation)\n"
     "  --college=TEXT             the college that grants the degree (student "
     "papers and theses)\n"
-    "  --short-title=TEXT         the running head of a professional paper, at "
-    "most 50\n"
-    "                             characters (7th edition; the title by "
-    "default)\n"
+    "  --short-title=TEXT         the running head, at most 50 characters (the "
+    "title by\n"
+    "                             default; in the 7th edition a professional "
+    "paper's only)\n"
     "  --course=TEXT              course number and name (7th edition student "
     "papers)\n"
     "  --instructor=NAME          the instructor (7th edition student papers)\n"
@@ -135,7 +135,7 @@ std::map<std::string, std::string> titlePageFields(CommandLine& cl, int edition)
     bool seventhOnly;
   };
   const Field single[] = {
-      {"title", "Title", false},  {"college", "College", false},      {"short-title", "Short Title", true},
+      {"title", "Title", false},  {"college", "College", false},      {"short-title", "Short Title", false},
       {"course", "Course", true}, {"instructor", "Instructor", true}, {"due-date", "Due Date", true}};
   for (const Field& f : single) {
     const auto value = cl.option(f.option);
@@ -253,6 +253,7 @@ int newCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
   }
   writePaperFile(paper, request, output);
   for (const std::string& note : paper.referenceNotes) err << "quillpaper new: references: " << note << "\n";
+  if (!paper.runningHeadNote.empty()) err << "quillpaper new: " << paper.runningHeadNote << "\n";
   if (const std::string problem = session.errorSummary(); !problem.empty())
     err << "quillpaper new: warning: " << problem << "\n";
   out << "wrote " << output.string() << "\n";

@@ -1,5 +1,8 @@
 #include "quillpaper/Paper.h"
 
+#include <algorithm>
+#include <cctype>
+
 #include "host/CallSite.h"
 #include "quillpaper/ChapterInstructions.h"
 #include "quillpaper/SettingsDictionary.h"
@@ -9,6 +12,7 @@
 #include "quillpaper/references/ReaderModel.h"
 #include "quillpaper/references/ReferenceList.h"
 #include "quillpaper/references/ReferencePipeline.h"
+#include "strings/StringUtility.h"
 
 namespace quillpaper {
 
@@ -126,6 +130,28 @@ void appendixLabelPlain(doc::Document& document) {
       }
 }
 
+// The 6th edition's running head: the short title, when there is one, in
+// capitals in every header ("Running head: SLEEP AND MEMORY" on the title
+// page). A head over APA's 50 characters is reported.
+std::string setRunningHead(doc::Document& document, const std::string& shortTitle) {
+  std::string head;
+  for (auto& section : document.sections) {
+    std::string& record = section->pageHeader;
+    size_t at = record.starts_with("-") ? 1 : 0;
+    while (at < record.size() && std::isdigit(static_cast<unsigned char>(record[at]))) ++at;
+    if (record.compare(0, at, "3") == 0) return {};  // still the placeholder: nothing typed
+    if (record.compare(at, 14, "Running head: ") == 0) at += 14;
+    if (!shortTitle.empty()) record = record.substr(0, at) + QuillStrings::strings().upper(shortTitle);
+    if (head.empty()) head = record.substr(at);
+  }
+  constexpr size_t kLongest = 50;
+  const size_t characters = static_cast<size_t>(
+      std::count_if(head.begin(), head.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+  if (characters > kLongest)
+    return "the running head \"" + head + "\" is longer than APA's 50 characters: give a --short-title";
+  return {};
+}
+
 }  // namespace
 
 Paper makePaper(Session& session, const PaperRequest& request) {
@@ -149,6 +175,9 @@ Paper makePaper(Session& session, const PaperRequest& request) {
   // edition's at every level, the 6th's at levels 1 and 2.
   doc::titleCaseHeadings(paper.builder->document(), request.edition == 7 ? 5 : 2);
   if (request.edition == 6) {
+    const auto shortTitle = request.fields.find("Short Title");
+    paper.runningHeadNote =
+        setRunningHead(paper.builder->document(), shortTitle == request.fields.end() ? "" : shortTitle->second);
     authorNoteAsApaWritesIt(paper.builder->document());
     appendixLabelPlain(paper.builder->document());
   }

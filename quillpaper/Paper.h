@@ -32,6 +32,8 @@ struct Paper {
   PaperFormat format;
   // What became of the references: one line for each entry kept as typed or left out.
   std::vector<std::string> referenceNotes;
+  // Why the running head is not as APA wants it, when it is not ("longer than 50 characters").
+  std::string runningHeadNote;
 };
 
 // Runs the library: the settings, the skeleton and any chapters. Errors the

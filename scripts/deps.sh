@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(g++ cmake make pkg-config python3 libgtest-dev libgmock-dev libbenchmark-dev libzip-dev libpugixml-dev)
 case "${1:-}" in
-  --office) packages+=(libreoffice-writer-nogui poppler-utils fonts-liberation fonts-dejavu-core) ;;
+  --office) packages+=(libreoffice-writer-nogui python3-uno poppler-utils fonts-liberation fonts-dejavu-core) ;;
   --fuzz) packages+=(clang-16 libclang-rt-16-dev) ;;  # clang 16 knows std::source_location
 esac
 

@@ -71,6 +71,14 @@ std::string paperBytes(const Layout& layout, const PaperOptions& options) {
       {"rId2", "http://schemas.openxmlformats.org/package/2006/relationships/metadata/core-properties",
        "docProps/core.xml"});
   package.relatePackage({"rId3", relType("extended-properties"), "docProps/app.xml"});
+  std::string runningHead;
+  for (const auto& s : layout.sections)
+    if (runningHead.empty()) runningHead = runningHeadOf(s.section->pageHeader);
+  if (!runningHead.empty()) {
+    package.addPart("docProps/custom.xml", "application/vnd.openxmlformats-officedocument.custom-properties+xml",
+                    customPropertiesXml(runningHead));
+    package.relatePackage({"rId4", relType("custom-properties"), "docProps/custom.xml"});
+  }
   return package.bytes();
 }
 

@@ -58,6 +58,19 @@ std::string corePropertiesXml(const std::string& title, const std::string& autho
   return doc.str();
 }
 
+std::string customPropertiesXml(const std::string& runningHead) {
+  XmlDocument doc;
+  pugi::xml_node props =
+      doc.root("Properties", "http://schemas.openxmlformats.org/officeDocument/2006/custom-properties");
+  attr(props, "xmlns:vt", "http://schemas.openxmlformats.org/officeDocument/2006/docPropsVTypes");
+  pugi::xml_node p = child(props, "property");
+  attr(p, "fmtid", "{D5CDD505-2E9C-101B-9397-08002B2CF9AE}");
+  attr(p, "pid", 2L);
+  attr(p, "name", kRunningHeadProperty);
+  child(p, "vt:lpwstr").text() = xmlSafe(runningHead).c_str();
+  return doc.str();
+}
+
 std::string appPropertiesXml() {
   XmlDocument doc;
   pugi::xml_node props =

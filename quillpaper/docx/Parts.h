@@ -25,6 +25,12 @@ std::string stylesXml(const PaperFormat& format, const PageGeometry& page);
 std::string settingsXml(bool updateFieldsOnOpen);
 std::string fontTableXml();
 std::string corePropertiesXml(const std::string& title, const std::string& author);
+// The running head as a custom document property that every header shows.
+constexpr const char* kRunningHeadProperty = "RunningHead";
+std::string customPropertiesXml(const std::string& runningHead);
+// The running head a page-header record holds, without its label; empty
+// while it is the placeholder.
+std::string runningHeadOf(const std::string& pageHeaderRecord);
 std::string appPropertiesXml();
 
 // A header: the running head flush left, the page number flush right.

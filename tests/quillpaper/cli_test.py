@@ -201,6 +201,23 @@ class PaperFileTest(unittest.TestCase):
         found = [settings.index("<" + name) for name in order]
         self.assertEqual(found, sorted(found))
 
+    # Catches a 6th-edition running head that ignores --short-title or runs
+    # past APA's 50 characters without a word, or a head stored per header.
+    def test_the_running_head_is_the_short_title(self):
+        long_title = "The Effects of Sleep Deprivation on Working Memory in Older Adults Living Alone"
+        done = subprocess.run([QUILLPAPER, "new", "long.docx", "--edition=6", "--title=" + long_title],
+                              capture_output=True, text=True, cwd=self.dir.name)
+        self.assertIn("longer than APA's 50 characters: give a --short-title", done.stderr)
+        path = self.paper("short.docx", "--edition=6", "--title=" + long_title, "--short-title=Sleep and memory")
+        with zipfile.ZipFile(path) as z:
+            headers = [z.read(n).decode() for n in z.namelist() if n.startswith("word/header")]
+            custom = z.read("docProps/custom.xml").decode()
+        self.assertIn(">SLEEP AND MEMORY<", custom)
+        self.assertTrue(headers)
+        for header in headers:
+            self.assertIn("DOCPROPERTY RunningHead", header)
+            self.assertIn(">SLEEP AND MEMORY<", header)
+
     # Catches the library's "/trace" switch taken for the output file's name.
     def test_the_trace_switch_names_no_file(self):
         done = subprocess.run([QUILLPAPER, "new", "out.docx", "/trace"], capture_output=True, cwd=self.dir.name)

@@ -1,0 +1,119 @@
+#!/usr/bin/env python3
+"""quillpaper's papers edited as a user edits them in LibreOffice, through its
+UNO interface: what the user changes in one place shows everywhere it should.
+
+    uno_test.py --quillpaper build/quillpaper
+
+Needs LibreOffice and python3-uno (Debian's); run it with the system's python3.
+"""
+import argparse
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+import uno
+from com.sun.star.beans import PropertyValue
+
+QUILLPAPER = None
+
+
+def prop(name, value):
+    p = PropertyValue()
+    p.Name = name
+    p.Value = value
+    return p
+
+
+class Office:
+    """A headless LibreOffice listening on a pipe of its own."""
+
+    def __init__(self, workdir):
+        self.pipe = f"quillpaper{os.getpid()}"
+        profile = os.path.join(workdir, "lo-profile")
+        self.process = subprocess.Popen(
+            ["soffice", f"-env:UserInstallation=file://{profile}", "--headless", "--invisible", "--nodefault",
+             "--norestore", "--nologo", f"--accept=pipe,name={self.pipe};urp;"],
+            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        local = uno.getComponentContext()
+        resolver = local.ServiceManager.createInstanceWithContext("com.sun.star.bridge.UnoUrlResolver", local)
+        for _ in range(120):
+            try:
+                context = resolver.resolve(f"uno:pipe,name={self.pipe};urp;StarOffice.ComponentContext")
+                break
+            except Exception:
+                time.sleep(0.5)
+        else:
+            raise RuntimeError("LibreOffice did not start")
+        self.desktop = context.ServiceManager.createInstanceWithContext("com.sun.star.frame.Desktop", context)
+
+    def open(self, path):
+        return self.desktop.loadComponentFromURL(uno.systemPathToFileUrl(path), "_blank", 0, (prop("Hidden", True),))
+
+    def close(self):
+        try:
+            self.desktop.terminate()
+        except Exception:
+            pass
+        self.process.wait(timeout=60)
+
+
+def pdf_pages(pdf):
+    info = subprocess.run(["pdfinfo", pdf], check=True, capture_output=True, text=True).stdout
+    count = int(next(line.split()[-1] for line in info.splitlines() if line.startswith("Pages:")))
+    return [subprocess.run(["pdftotext", "-f", str(n), "-l", str(n), "-layout", pdf, "-"], check=True,
+                           capture_output=True, text=True).stdout for n in range(1, count + 1)]
+
+
+class EditingTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.workdir = tempfile.mkdtemp(prefix="quillpaper-uno-")
+        cls.office = Office(cls.workdir)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.office.close()
+        shutil.rmtree(cls.workdir, ignore_errors=True)
+
+    def paper(self, name, *args):
+        path = os.path.join(self.workdir, name + ".docx")
+        # (Without hints: LibreOffice 7.4 ends when UNO loads a .docx with comments.)
+        done = subprocess.run([QUILLPAPER, "new", path, "--no-hints", *args], capture_output=True, text=True)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        return path
+
+    def save_pdf(self, doc, name):
+        pdf = os.path.join(self.workdir, name + ".pdf")
+        doc.storeToURL(uno.systemPathToFileUrl(pdf), (prop("FilterName", "writer_pdf_Export"),))
+        doc.close(True)
+        return pdf_pages(pdf)
+
+    # Catches a running head stored in each header, so that changing it takes
+    # as many edits as the paper has sections.
+    def test_the_running_head_changes_in_one_place(self):
+        doc = self.office.open(self.paper("head", "--edition=6", "--paper-type=2", "--title=Sleep and Memory",
+                                          "--short-title=Sleep"))
+        doc.getDocumentProperties().getUserDefinedProperties().setPropertyValue("RunningHead", "NAPS AND RECALL")
+        doc.getTextFields().refresh()
+        pages = self.save_pdf(doc, "head")
+        self.assertGreater(len(pages), 5)
+        self.assertIn("Running head: NAPS AND RECALL", pages[0])
+        for n, page in enumerate(pages[1:], 2):
+            self.assertTrue(page.lstrip().startswith("NAPS AND RECALL"), f"page {n}: {page[:80]!r}")
+
+
+def main():
+    global QUILLPAPER
+    ap = argparse.ArgumentParser()
+    ap.add_argument("--quillpaper", required=True)
+    args, rest = ap.parse_known_args()
+    QUILLPAPER = os.path.abspath(args.quillpaper)
+    unittest.main(argv=[sys.argv[0], *rest])
+
+
+if __name__ == "__main__":
+    main()

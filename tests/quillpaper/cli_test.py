@@ -208,8 +208,11 @@ class PaperFileTest(unittest.TestCase):
         done = subprocess.run([QUILLPAPER, "new", "long.docx", "--edition=6", "--title=" + long_title],
                               capture_output=True, text=True, cwd=self.dir.name)
         self.assertIn("longer than APA's 50 characters: give a --short-title", done.stderr)
-        path = self.paper("short.docx", "--edition=6", "--title=" + long_title, "--short-title=Sleep and memory")
-        with zipfile.ZipFile(path) as z:
+        done = subprocess.run([QUILLPAPER, "new", "short.docx", "--edition=6", "--title=" + long_title,
+                               "--short-title=Sleep and memory"], capture_output=True, text=True, cwd=self.dir.name)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertNotIn("50 characters", done.stderr)
+        with zipfile.ZipFile(os.path.join(self.dir.name, "short.docx")) as z:
             headers = [z.read(n).decode() for n in z.namelist() if n.startswith("word/header")]
             custom = z.read("docProps/custom.xml").decode()
         self.assertIn(">SLEEP AND MEMORY<", custom)

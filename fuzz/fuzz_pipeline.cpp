@@ -3,19 +3,44 @@
 // crash and never an error inside the library. What the list shows is the
 // entry as typed, or an APA form that loses and adds no word but for what
 // APA changes in the names of authors and editors (initials, also typed
-// together, the names between the sixth and the last) and a list's numbering.
+// together, the names between the sixth and the last, other styles' labels
+// of the editors), a list's numbering, a page range or a month written short.
+#include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <regex>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "quillpaper/Session.h"
 #include "quillpaper/references/ReaderModel.h"
 #include "quillpaper/references/ReferenceList.h"
 #include "quillpaper/references/ReferencePipeline.h"
 #include "quillpaper/references/WordAudit.h"
+
+// The capitalised words within three words of `family` in `text`.
+std::vector<std::string> wordsNear(const std::string& text, const std::string& family) {
+  std::vector<std::string> words;
+  std::string word;
+  for (char c : text + " ") {
+    if (std::isalpha(static_cast<unsigned char>(c)) || c == '-' || (c & 0x80)) {
+      word += c;
+    } else if (!word.empty()) {
+      words.push_back(word);
+      word.clear();
+    }
+  }
+  std::vector<std::string> near;
+  for (size_t k = 0; k < words.size(); ++k) {
+    if (family.empty() || words[k] != family) continue;
+    for (size_t j = k >= 3 ? k - 3 : 0; j < std::min(words.size(), k + 4); ++j)
+      if (std::isupper(static_cast<unsigned char>(words[j][0]))) near.push_back(words[j]);
+  }
+  return near;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static quillpaper::Session session(
@@ -43,10 +68,31 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
           if (c != '.' && c != ' ') together += c;
         names.mayLose.insert(names.mayLose.end(), {n.family, n.given, together});
         names.mayAdd.insert(names.mayAdd.end(), {quillpaper::initialsOf(n.given), "&"});
+        // A given name written out beside the family name, written as its initial.
+        for (const std::string& word : wordsNear(r.input, n.family))
+          if (together.find(word[0]) != std::string::npos) names.mayLose.push_back(word);
       }
     if (shown.find("\u2026") != std::string::npos) names.mayLose.push_back("&");  // the ellipsis stands for it
-    // A list's numbering ("[3]", "(3)", "3.") is no part of the work.
-    static const std::regex kNumbering(R"(^\s*(?:\[([0-9]+)\]|\(([0-9]+)\)|([0-9]+)\.)\s)");
+    // Other styles' labels of the editors, whom APA labels "(Ed.)".
+    if (!r.editors.empty())
+      for (const char* w : {"editor", "editors", "edited", "by", "and", "translated", "eds", "ed"}) names.mayLose.push_back(w);
+    // A month written short ("2002 Feb 11") is written out ("2002, February 11").
+    for (const char* month : {"Jan", "Feb", "Mar", "Apr", "Jun", "Jul", "Aug", "Sep", "Sept", "Oct", "Nov", "Dec"})
+      names.mayLose.push_back(month);
+    for (const char* month : {"January", "February", "March", "April", "June", "July", "August", "September",
+                              "October", "November", "December"})
+      names.mayAdd.push_back(month);
+    // A page range written short ("1190-204") is written whole ("1190–1204").
+    static const std::regex kShortRange(R"(([0-9]+)\s*(?:-|\xe2\x80\x93)\s*([0-9]+))");
+    for (auto it = std::sregex_iterator(r.input.begin(), r.input.end(), kShortRange); it != std::sregex_iterator();
+         ++it) {
+      const std::string from = (*it)[1].str(), to = (*it)[2].str();
+      if (to.size() >= from.size()) continue;
+      names.mayLose.push_back(to);
+      names.mayAdd.push_back(from.substr(0, from.size() - to.size()) + to);
+    }
+    // A list's numbering ("[3]", "(3)", "3.", "3") is no part of the work.
+    static const std::regex kNumbering(R"(^\s*(?:\[([0-9]+)\]|\(([0-9]+)\)|([0-9]+)\.?)\s)");
     if (std::smatch m; std::regex_search(r.input, m, kNumbering))
       names.mayLose.push_back(m[1].matched ? m[1].str() : m[2].matched ? m[2].str() : m[3].str());
     if (!quillpaper::auditWords(r.input, shown, names).clean()) std::abort();

@@ -44,8 +44,10 @@ void RunWriter::placeholder(std::string_view text, const RunFormat& format) {
   pugi::xml_node props = child(sdt, "w:sdtPr");
   valued(child(props, "w:rPr"), "w:rStyle", "PlaceholderText");
   valued(props, "w:id", std::to_string(nextControlId()));
+  // Rich text (no type given) and temporary: the control goes away once the
+  // user types into it, and what they type may run to many paragraphs.
+  child(props, "w:temporary");
   child(props, "w:showingPlcHdr");
-  child(props, "w:text");
   RunWriter content(child(sdt, "w:sdtContent"));
   pugi::xml_node t = child(content.run(format, "PlaceholderText"), "w:t");
   attr(t, "xml:space", "preserve");

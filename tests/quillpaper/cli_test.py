@@ -9,6 +9,7 @@ would catch.
 import argparse
 import json
 import os
+import re
 import stat
 import subprocess
 import sys
@@ -220,6 +221,17 @@ class PaperFileTest(unittest.TestCase):
         for header in headers:
             self.assertIn("DOCPROPERTY RunningHead", header)
             self.assertIn(">SLEEP AND MEMORY<", header)
+
+    # Catches placeholders that stay in Word once typed into, or take one line only:
+    # they are rich-text controls that go away when edited.
+    def test_placeholders_go_away_when_typed_into(self):
+        with zipfile.ZipFile(self.paper("p.docx", "--edition=6")) as z:
+            xml = z.read("word/document.xml").decode()
+        controls = re.findall(r"<w:sdtPr>.*?</w:sdtPr>", xml)
+        self.assertGreater(len(controls), 5)
+        for props in controls:
+            self.assertIn("<w:temporary/><w:showingPlcHdr/>", props)
+            self.assertNotIn("<w:text/>", props)
 
     # Catches the library's "/trace" switch taken for the output file's name.
     def test_the_trace_switch_names_no_file(self):

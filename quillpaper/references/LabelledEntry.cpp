@@ -236,13 +236,19 @@ std::string editionOf(const std::string& typed, Rewrites& rewrites) {
 }
 
 // The labels other styles write that APA leaves out or writes its own way.
-void otherStylesLabels(Rewrites& rewrites) {
-  // Not the editors' ("Ed.", "edited by"): an APA form that leaves them out
-  // has lost who the editors are.
-  for (const char* w : {"vol", "volume", "no", "nr", "issue", "pp", "p", "in", "available", "at", "from", "online",
-                        "internet", "accessed", "cited", "retrieved", "viewed", "edn", "edition", "doi",
-                        "url", "page", "pages"})
+// A part's label only with the part ("p. 5" read as no pages has lost them);
+// not the editors' ("Ed.", "edited by"), which editorsLabels declares once
+// the editors are written.
+void otherStylesLabels(Rewrites& rewrites, bool volume, bool issue, bool pages) {
+  for (const char* w : {"in", "available", "at", "from", "online", "internet", "accessed", "cited", "retrieved",
+                        "viewed", "edn", "edition", "doi", "url"})
     rewrites.mayLose.push_back(w);
+  if (volume)
+    for (const char* w : {"vol", "volume"}) rewrites.mayLose.push_back(w);
+  if (issue)
+    for (const char* w : {"no", "nr", "issue"}) rewrites.mayLose.push_back(w);
+  if (pages)
+    for (const char* w : {"pp", "p", "page", "pages"}) rewrites.mayLose.push_back(w);
 }
 
 std::string sentence(std::string text) {
@@ -394,7 +400,6 @@ std::vector<std::string> wordsLost(std::string_view typed, const LabelledEntry& 
 std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader::Reading& reading) {
   LabelledEntry out;
   Rewrites& rw = out.rewrites;
-  otherStylesLabels(rw);
   const std::string title = withoutClosingStop(first(reading, entry, Label::Title));
   const std::string date = dateOf(reading, entry, rw);
   if (title.empty() || date.empty()) return std::nullopt;
@@ -421,6 +426,7 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
   const std::string edition = first(reading, entry, Label::Edition);
   const std::string doi = first(reading, entry, Label::Doi), url = first(reading, entry, Label::Url);
   const std::string pages = pagesTyped.empty() ? "" : fullPages(pagesTyped, rw);
+  otherStylesLabels(rw, !volume.empty(), !issue.empty(), !pages.empty());
 
   // A container with a publisher, or after "In", is the book a chapter or
   // paper is in (or the series a book is in); otherwise a periodical.

@@ -104,10 +104,13 @@ TEST(LabelledEntryTest, ApaFormOfAReading) {
       {"{author Blackwell DL}. {title Summary health statistics: Survey}, {date 2012}. {publisher Centers for Disease "
        "Control}; {date 2014}.",
        "Blackwell, D. L. (2014). Summary health statistics: Survey. Centers for Disease Control.", "", 0, "2012"},
-      // A word the reading placed nowhere is lost: the entry must stay as typed.
+      // A word the reading placed nowhere is lost, and so is the label of a part
+      // it did not read ("Vol." without a volume): the entry must stay as typed.
       {"{author Knuth, D. E.} {date 1986}. {title Computers & Typesetting}. Vol. E. {place Reading, Mass.}: "
        "{publisher Addison-Wesley}.",
-       "Knuth, D. E. (1986). Computers & Typesetting. Reading, Mass.: Addison-Wesley.", "", 0, "e"},
+       "Knuth, D. E. (1986). Computers & Typesetting. Reading, Mass.: Addison-Wesley.", "", 0, "vol"},
+      {"{author Soloski, A.} {title Othello}. {container The New York Times}. {date November 20, 2016}, p {issue 5}.",
+       "Soloski, A. (2016, November 20). Othello. The New York Times, (5).", "", 1, "p"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.markup);

@@ -236,11 +236,12 @@ std::string editionOf(const std::string& typed, Rewrites& rewrites) {
 }
 
 // The labels other styles write that APA leaves out or writes its own way.
-// A part's label only with the part ("p. 5" read as no pages has lost them);
+// "In" only before a book APA writes after its own "In"; a part's label only with the part ("p. 5" read as no pages has lost them);
 // not the editors' ("Ed.", "edited by"), which editorsLabels declares once
 // the editors are written.
-void otherStylesLabels(Rewrites& rewrites, bool volume, bool issue, bool pages) {
-  for (const char* w : {"in", "available", "at", "from", "online", "internet", "accessed", "cited", "retrieved",
+void otherStylesLabels(Rewrites& rewrites, bool chapter, bool volume, bool issue, bool pages) {
+  if (chapter) rewrites.mayLose.push_back("in");  // APA writes its own "In"
+  for (const char* w : {"available", "at", "from", "online", "internet", "accessed", "cited", "retrieved",
                         "viewed", "edn", "edition", "doi", "url"})
     rewrites.mayLose.push_back(w);
   if (volume)
@@ -426,12 +427,12 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
   const std::string edition = first(reading, entry, Label::Edition);
   const std::string doi = first(reading, entry, Label::Doi), url = first(reading, entry, Label::Url);
   const std::string pages = pagesTyped.empty() ? "" : fullPages(pagesTyped, rw);
-  otherStylesLabels(rw, !volume.empty(), !issue.empty(), !pages.empty());
 
   // A container with a publisher, or after "In", is the book a chapter or
   // paper is in (or the series a book is in); otherwise a periodical.
   const bool periodical = !container.empty() && publisher.empty() && !afterIn(reading, entry);
   const bool chapter = !container.empty() && !periodical;
+  otherStylesLabels(rw, chapter, !volume.empty(), !issue.empty(), !pages.empty());
   AuthorStyle style;
   style.initialsOnly = true;
   std::string apa;

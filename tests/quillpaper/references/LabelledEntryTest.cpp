@@ -111,6 +111,9 @@ TEST(LabelledEntryTest, ApaFormOfAReading) {
        "Knuth, D. E. (1986). Computers & Typesetting. Reading, Mass.: Addison-Wesley.", "", 0, "vol"},
       {"{author Soloski, A.} {title Othello}. {container The New York Times}. {date November 20, 2016}, p {issue 5}.",
        "Soloski, A. (2016, November 20). Othello. The New York Times, (5).", "", 1, "p"},
+      {"{author Winckler, J.} {title TeX fonts}. in (ed. {editor Clark, M.}) ({publisher Ellis Horwood}, {date "
+       "1990}).",
+       "Winckler, J. (1990). TeX fonts (M. Clark, Ed.). Ellis Horwood.", "", 0, "in"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.markup);

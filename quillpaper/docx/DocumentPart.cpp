@@ -47,14 +47,7 @@ class BodyWriter {
 
   void section(const Layout::SectionRef& s, size_t index, const std::string& headerId, bool last) {
     for (const Layout::PageRef& p : s.pages) {
-      // A page keeps no blank paragraphs at its end: they could only push
-      // the next page's content along.
-      size_t end = p.page->blocks.size();
-      while (end > 0) {
-        const auto* para = std::get_if<doc::Paragraph>(&p.page->blocks[end - 1]);
-        if (!para || !para->inlines.empty()) break;
-        --end;
-      }
+      const size_t end = shownBlocks(*p.page);
       bool first = true;
       for (size_t b = 0; b < end; ++b) {
         const bool breakBefore = first && p.breakBefore;

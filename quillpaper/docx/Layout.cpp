@@ -1,13 +1,85 @@
 #include "quillpaper/docx/Layout.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace quillpaper::docx {
 
-int estimatedLines(size_t characters) {
-  // About 80 characters of Times New Roman fit a 6.5 in line at 12 pt.
-  constexpr size_t kPerLine = 80;
-  return characters == 0 ? 1 : static_cast<int>((characters + kPerLine - 1) / kPerLine);
+namespace {
+
+// Times New Roman's advance widths of the printable ASCII characters, in
+// thousandths of an em (the font's published metrics).
+constexpr int kTimesWidths[95] = {
+    250, 333, 408, 500, 500, 833, 778, 180, 333, 333, 500, 564, 250, 333, 250, 278,  //  !"#$%&'()*+,-./
+    500, 500, 500, 500, 500, 500, 500, 500, 500, 500, 278, 278, 564, 564, 564, 444,  // 0-9 :;<=>?
+    921, 722, 667, 667, 722, 611, 556, 722, 722, 333, 389, 722, 611, 889, 722, 722,  // @A-O
+    556, 722, 667, 556, 611, 722, 722, 944, 722, 722, 611, 333, 278, 333, 469, 500,  // P-Z [\]^_
+    333, 444, 500, 444, 500, 444, 333, 500, 500, 278, 278, 500, 278, 778, 500, 500,  // `a-o
+    500, 500, 333, 389, 278, 500, 500, 722, 500, 500, 444, 480, 200, 480, 541};      // p-z {|}~
+
+// The width of a word in thousandths of an em; a character beyond ASCII counts as a figure's width.
+int widthOf(std::string_view word) {
+  int width = 0;
+  for (size_t i = 0; i < word.size(); ++i) {
+    const unsigned char c = static_cast<unsigned char>(word[i]);
+    if (c >= 32 && c < 127)
+      width += kTimesWidths[c - 32];
+    else if ((c & 0xC0) != 0x80)
+      width += 500;
+  }
+  return width;
+}
+
+}  // namespace
+
+size_t shownBlocks(const doc::Page& page) {
+  size_t end = page.blocks.size();
+  while (end > 0) {
+    const auto* para = std::get_if<doc::Paragraph>(&page.blocks[end - 1]);
+    if (!para || !para->inlines.empty()) break;
+    --end;
+  }
+  return end;
+}
+
+int estimatedLines(const doc::Paragraph& paragraph) {
+  constexpr int kLine = 468 * 1000 / 12;  // 6.5 in of 12 pt text, in thousandths of an em
+  constexpr int kIndent = 36 * 1000 / 12;  // 0.5 in
+  std::string text;
+  for (const doc::Inline& i : paragraph.inlines) {
+    if (i.kind == doc::Inline::Kind::LineBreak) text += '\n';
+    else if (!i.besideText()) text += i.text;
+  }
+  const bool body = paragraph.style == doc::Style::Paragraph;
+  const bool hanging = paragraph.style == doc::Style::Bibliography;
+  int lines = 1, used = 0;
+  auto room = [&] { return kLine - ((lines == 1 && body) || (lines > 1 && hanging) ? kIndent : 0); };
+  const int space = kTimesWidths[0];
+  size_t at = 0;
+  while (at < text.size()) {
+    if (text[at] == '\n') {
+      ++lines, used = 0, ++at;
+      continue;
+    }
+    if (text[at] == ' ') {
+      used += space;
+      ++at;
+      continue;
+    }
+    const size_t end = std::min(text.find_first_of(" \n", at), text.size());
+    const int width = widthOf(std::string_view(text).substr(at, end - at));
+    if (used > 0 && used + width > room()) {
+      ++lines;
+      used = 0;
+    }
+    used += width;
+    while (used > room()) {  // a word longer than the line breaks where it must
+      used -= room();
+      ++lines;
+    }
+    at = end;
+  }
+  return lines;
 }
 
 namespace {
@@ -81,14 +153,17 @@ void Layout::estimatePages(int linesPerPage) {
         lines = 0;
       }
       p.firstPrintedPage = page;
-      for (const doc::Block& b : p.page->blocks) {
+      for (size_t n = 0; n < shownBlocks(*p.page); ++n) {
+        const doc::Block& b = p.page->blocks[n];
         int blockLines = 1;
         if (const auto* para = std::get_if<doc::Paragraph>(&b)) {
-          blockLines = estimatedLines(para->plainText().size());
+          blockLines = estimatedLines(*para);
           auto it = bookmarks.find(para);
           if (it != bookmarks.end()) pageOfBookmark[it->second] = lines + 1 > linesPerPage ? page + 1 : page;
         } else if (const auto* list = std::get_if<doc::GeneratedList>(&b)) {
-          blockLines = static_cast<int>(lists[list->kind].size()) + 1;
+          // One line an entry ("No tables yet." when there is none); the
+          // list's heading is a paragraph of its own, counted as such.
+          blockLines = std::max(1, static_cast<int>(lists[list->kind].size()));
         } else if (const auto* table = std::get_if<std::shared_ptr<doc::TableBlock>>(&b)) {
           // Tables are single spaced: two of their lines to a line of text.
           const doc::TableBlock& t = **table;

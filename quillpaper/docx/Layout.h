@@ -46,8 +46,15 @@ struct Layout {
   void estimatePages(int linesPerPage);
 };
 
-// Lines a paragraph of `characters` characters takes at 12 pt on a 6.5 in line.
-int estimatedLines(size_t characters);
+// The blocks of a page the document shows: all but the blank paragraphs at
+// its end, which could only push the next page's content along.
+size_t shownBlocks(const doc::Page& page);
+
+// The lines a paragraph takes at 12 pt on a 6.5 in line, wrapped word by
+// word with the widths of Times New Roman (and its metric twin, Liberation
+// Serif), its style's indents taken off: the body's first line, a reference's
+// lines after the first.
+int estimatedLines(const doc::Paragraph& paragraph);
 
 template <class Included>
 Layout Layout::of(const doc::Document& document, Included included) {

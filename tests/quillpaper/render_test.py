@@ -429,6 +429,61 @@ class TablesTest(unittest.TestCase):
                          + str(table))
 
 
+class PageNumbersTest(unittest.TestCase):
+    """The page numbers the contents and the lists of tables and figures hold
+    as written (LibreOffice prints them without refreshing them), against the
+    pages LibreOffice lays the headings and captions out on."""
+
+    SECTIONS = ["--with=table of contents", "--with=list of tables", "--with=list of figures", "--with=abstract",
+                "--with=footnotes", "--with=tables", "--with=figures", "--with=appendix"]
+    PAPERS = {
+        "type0-6": ["--edition=6", "--paper-type=0"],
+        "type1-6": ["--edition=6", "--paper-type=1", "--chapters=3"],
+        "type2-6": ["--edition=6", "--paper-type=2", "--table=correlation", "--table=anova"],
+        "type3-6": ["--edition=6", "--paper-type=3"],
+        "type0-7": ["--edition=7", "--paper-type=0"],
+        "type3-7": ["--edition=7", "--paper-type=3", "--chapters=2"],
+    }
+
+    @classmethod
+    def setUpClass(cls):
+        cls.workdir = tempfile.mkdtemp(prefix="quillpaper-pages-")
+
+    @classmethod
+    def tearDownClass(cls):
+        shutil.rmtree(cls.workdir, ignore_errors=True)
+
+    @staticmethod
+    def page_of(paper, entry):
+        """The page the heading or caption of a list entry is on (not a list's own page)."""
+        caption = re.match(r"((Table|Figure) \d+)\.? ", entry)
+        pages = []
+        for n, lines in enumerate(paper.pages, 1):
+            if any(re.search(r"\.{3,}\s*\d+$", line) for line in lines):
+                continue  # a page of the contents or a list
+            if caption:
+                # "Table 1" over its title, or "Figure 1. Caption." (the Introduction's samples say "[...]").
+                if any(line == caption.group(1) or (line.startswith(caption.group(1) + ".") and "[" not in line)
+                       for line in lines):
+                    pages.append(n)
+            elif entry in lines:
+                pages.append(n)
+        return pages[-1] if caption and pages else (pages[0] if pages else None)
+
+    # Catches a cached page number that is not where the heading really falls.
+    def test_every_listed_page_number_is_true(self):
+        for name, options in self.PAPERS.items():
+            path = os.path.join(self.workdir, name + ".docx")
+            result = run_quillpaper("new", path, "--title=Sleep", *options, *self.SECTIONS, cwd=self.workdir)
+            self.assertEqual(result.returncode, 0, result.stderr)
+            paper = Rendered(path, self.workdir)
+            listed = [re.match(r"(.*?)\.{3,}\s*(\d+)$", line).groups() for page in paper.pages for line in page
+                      if re.search(r"\.{3,}\s*\d+$", line)]
+            self.assertGreater(len(listed), 15, name)
+            for entry, number in listed:
+                self.assertEqual(self.page_of(paper, entry.strip()), int(number), f"{name}: {entry}")
+
+
 class RefsTest(unittest.TestCase):
     """quillpaper refs in each of its forms."""
 

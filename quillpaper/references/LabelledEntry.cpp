@@ -26,10 +26,21 @@ std::string clean(std::string_view text) {
     bool changed = true;
     while (changed && !t.empty()) {
       changed = false;
-      for (std::string_view m : {std::string_view("\xe2\x80\x9c"), std::string_view("\xe2\x80\x9d"),
-                                 std::string_view("\xe2\x80\x98"), std::string_view("\xe2\x80\x99")}) {
-        if (t.starts_with(m)) t.erase(0, m.size()), changed = true;
-        if (t.ends_with(m)) t.erase(t.size() - m.size()), changed = true;
+      // A quote mark at an edge goes when it closes nothing inside: the pair
+      // around a title goes, the opening quote of "“PostScript” Prints" stays.
+      for (const auto& [open, close] : {std::pair<std::string_view, std::string_view>{"\xe2\x80\x9c", "\xe2\x80\x9d"},
+                                        std::pair<std::string_view, std::string_view>{"\xe2\x80\x98", "\xe2\x80\x99"}}) {
+        const auto inside = [&](std::string_view mark, size_t from, size_t to) {
+          return std::string_view(t).substr(from, to - from).find(mark) != std::string_view::npos;
+        };
+        if (t.starts_with(open) && t.ends_with(close) && t.size() >= open.size() + close.size()) {
+          t = t.substr(open.size(), t.size() - open.size() - close.size()), changed = true;
+          continue;
+        }
+        if (t.starts_with(open) && !inside(close, open.size(), t.size())) t.erase(0, open.size()), changed = true;
+        if (t.ends_with(close) && !inside(open, 0, t.size() - close.size()) &&
+            !(close == "\xe2\x80\x99" && t.size() > close.size() && std::isalpha(static_cast<unsigned char>(t[t.size() - close.size() - 1]))))
+          t.erase(t.size() - close.size()), changed = true;
       }
       if (!t.empty() && marks.find(t.front()) != std::string_view::npos) t.erase(0, 1), changed = true;
       if (!t.empty() && marks.find(t.back()) != std::string_view::npos) t.pop_back(), changed = true;
@@ -37,6 +48,12 @@ std::string clean(std::string_view text) {
     }
   };
   strip("\"',;:()[]");
+  // A quotation inside the span whose opening quote the reading left outside
+  // it ("PostScript” Prints Anything") gets it back.
+  for (const auto& [open, close] : {std::pair<std::string_view, std::string_view>{"\xe2\x80\x9c", "\xe2\x80\x9d"}}) {
+    const size_t closing = t.find(close);
+    if (closing != std::string::npos && t.rfind(open, closing) == std::string::npos) t.insert(0, open);
+  }
   return t;
 }
 

@@ -90,6 +90,10 @@ TEST(LabelledEntryTest, ApaFormOfAReading) {
        "Gilbert, D. G., McClernon, J. F., Rabinovich, N. E., Sugai, C., Plath, L. C., Asgaard, G., \u2026 Botros, N. "
        "(2004). Effects of quitting smoking. Nicotine Tob Res, 6, 249–267.",
        "", 1, ""},
+      // A quotation opening the title keeps its opening quote, which the reading left outside.
+      {"{author Perry, T. S.} \u201c{title PostScript\u201d Prints Anything}. {container IEEE Spectrum}. {date May "
+       "1988}, pp {pages 42\u201346}.",
+       "Perry, T. S. (1988, May). \u201cPostScript\u201d Prints Anything. IEEE Spectrum, 42\u201346.", "", 1, ""},
       // A book's edition and pages after its title; a place without a publisher;
       // the year that ends a title is the title's.
       {"{author Polakow V}. {title Lives on the edge}, {edition 2nd ed}. {place Chicago}: {publisher University of "

@@ -80,7 +80,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (!r.issue.empty()) names.mayLose.insert(names.mayLose.end(), {"no", "nr", "issue"});
     // Other styles' labels of the editors, whom APA labels "(Ed.)".
     if (!r.editors.empty())
-      for (const char* w : {"editor", "editors", "edited", "by", "and", "translated", "eds", "ed"}) names.mayLose.push_back(w);
+      for (const char* w : {"editor", "editors", "edited", "by", "and", "translated", "translator", "translators",
+                            "trans", "eds", "ed"})
+        names.mayLose.push_back(w);
     // A month written short ("2002 Feb 11") is written out ("2002, February 11").
     for (const char* month : {"Jan", "Feb", "Mar", "Apr", "Jun", "Jul", "Aug", "Sep", "Sept", "Oct", "Nov", "Dec"})
       names.mayLose.push_back(month);

@@ -291,7 +291,8 @@ bool afterIn(const quillreader::Reading& r, std::string_view entry) {
 
 // The editors' labels, which APA writes as "(Ed.)" or "(Eds.)" once it names them.
 void editorsLabels(Rewrites& rewrites) {
-  for (const char* w : {"ed", "eds", "edited", "editor", "editors", "by", "and", "translated", "trans", "translator"})
+  for (const char* w : {"ed", "eds", "edited", "editor", "editors", "by", "and", "translated", "trans", "translator",
+                        "translators"})
     rewrites.mayLose.push_back(w);
 }
 

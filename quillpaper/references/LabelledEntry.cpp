@@ -119,7 +119,8 @@ std::string dotted(std::string_view initials) {
 }
 
 // "David P. Cornell", "T. Harlow", "Ludwig van Beethoven": given names, then
-// the family name (the last word, with the particles in lower case before it).
+// the family name (the last word, with the particles in lower case before it);
+// a group's name stays whole.
 std::vector<PersonName> givenFirstNames(const std::vector<std::string>& pieces) {
   std::vector<PersonName> out;
   for (const std::string& piece : pieces) {
@@ -128,6 +129,15 @@ std::vector<PersonName> givenFirstNames(const std::vector<std::string>& pieces) 
     if (w.empty()) continue;
     size_t familyAt = w.size() - 1;
     while (familyAt > 1 && std::islower(static_cast<unsigned char>(w[familyAt - 1][0]))) --familyAt;
+    // A small word among the given names ("National Center for Education
+    // Statistics"), or more of them than a person has: a group, named whole.
+    const bool group = familyAt > 3 || std::any_of(w.begin(), w.begin() + static_cast<long>(familyAt), [](const std::string& x) {
+                         return std::islower(static_cast<unsigned char>(x[0]));
+                       });
+    if (group) {
+      out.push_back({str().join(w, " "), "", ""});
+      continue;
+    }
     out.push_back({str().join(std::vector<std::string>(w.begin() + static_cast<long>(familyAt), w.end()), " "),
                    str().join(std::vector<std::string>(w.begin(), w.begin() + static_cast<long>(familyAt)), " "), ""});
   }

@@ -84,6 +84,9 @@ TEST(LabelledEntryTest, ApaFormOfAReading) {
        "Poe, E. A. (1902). The masque of the red death. In J. A. Harrison (Ed.), The complete works (Vol. 4, pp. "
        "250–258). Thomas Y. Crowell.",
        "", 0, ""},
+      // A group author is named whole, never read as a person's given names.
+      {"{author National Center for Education Statistics}. {title Fast response survey system}. {date 2016}.",
+       "National Center for Education Statistics. (2016). Fast response survey system.", "", 0, ""},
       // From eight authors on, APA names the first six and the last.
       {"{author Gilbert DG, McClernon JF, Rabinovich NE, Sugai C, Plath LC, Asgaard G, Dickinson D, Botros N}. "
        "{title Effects of quitting smoking}. {container Nicotine Tob Res}. {date 2004};{volume 6}:{pages 249-67}.",

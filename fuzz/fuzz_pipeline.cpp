@@ -75,7 +75,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       }
     if (shown.find("\u2026") != std::string::npos) names.mayLose.push_back("&");  // the ellipsis stands for it
     // Other styles' labels of a part APA writes without one.
-    if (!r.pages.empty()) names.mayLose.insert(names.mayLose.end(), {"pp", "p", "page", "pages"});
+    if (!r.pages.empty() || shown.find("(pp. ") != std::string::npos || shown.find("(p. ") != std::string::npos)
+      names.mayLose.insert(names.mayLose.end(), {"pp", "p", "page", "pages"});
     if (!r.volume.empty()) names.mayLose.insert(names.mayLose.end(), {"vol", "volume"});
     if (!r.issue.empty()) names.mayLose.insert(names.mayLose.end(), {"no", "nr", "issue"});
     // Other styles' labels of the editors, whom APA labels "(Ed.)".

@@ -22,7 +22,8 @@
 #include "quillpaper/references/ReferencePipeline.h"
 #include "quillpaper/references/WordAudit.h"
 
-// The capitalised words within three words of `family` in `text`.
+// The capitalised words within three words of `family` in `text`; every
+// word of it without a family name.
 std::vector<std::string> wordsNear(const std::string& text, const std::string& family) {
   std::vector<std::string> words;
   std::string word;
@@ -34,9 +35,10 @@ std::vector<std::string> wordsNear(const std::string& text, const std::string& f
       word.clear();
     }
   }
+  if (family.empty()) return words;  // every word
   std::vector<std::string> near;
   for (size_t k = 0; k < words.size(); ++k) {
-    if (family.empty() || words[k] != family) continue;
+    if (words[k] != family) continue;
     for (size_t j = k >= 3 ? k - 3 : 0; j < std::min(words.size(), k + 4); ++j)
       if (std::isupper(static_cast<unsigned char>(words[j][0]))) near.push_back(words[j]);
   }
@@ -70,10 +72,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         names.mayLose.insert(names.mayLose.end(), {n.family, n.given, together});
         names.mayAdd.insert(names.mayAdd.end(), {quillpaper::initialsOf(n.given), "&"});
         // A given name written out beside the family name, written as its initial.
-        for (const std::string& word : wordsNear(r.input, n.family))
+        for (const std::string& word : n.family.empty() ? std::vector<std::string>{} : wordsNear(r.input, n.family))
           if (together.find(word[0]) != std::string::npos) names.mayLose.push_back(word);
       }
-    if (shown.find("\u2026") != std::string::npos) names.mayLose.push_back("&");  // the ellipsis stands for it
+    if (shown.find("\u2026") != std::string::npos) {
+      names.mayLose.push_back("&");  // the ellipsis stands for it
+      // and for the names typed between the sixth and the last.
+      if (r.authors.size() >= 7) {
+        const size_t sixth = r.input.find(r.authors[5].family), last = r.input.rfind(r.authors.back().family);
+        if (sixth != std::string::npos && last != std::string::npos && sixth < last)
+          for (const std::string& word : wordsNear(r.input.substr(sixth, last - sixth), ""))
+            names.mayLose.push_back(word);
+      }
+    }
     // Other styles' labels of a part APA writes without one.
     if (!r.pages.empty() || shown.find("(pp. ") != std::string::npos || shown.find("(p. ") != std::string::npos)
       names.mayLose.insert(names.mayLose.end(), {"pp", "p", "page", "pages"});

@@ -103,8 +103,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       names.mayAdd.push_back(month);
     // A page range written short ("1190-204") is written whole ("1190–1204").
     static const std::regex kShortRange(R"(([0-9]+)\s*(?:-|\xe2\x80\x93)\s*([0-9]+))");
-    for (auto it = std::sregex_iterator(r.input.begin(), r.input.end(), kShortRange); it != std::sregex_iterator();
-         ++it) {
+    const std::string tidy = quillpaper::tidyEntry(r.input);  // as the pipeline reads it: control characters out
+    for (auto it = std::sregex_iterator(tidy.begin(), tidy.end(), kShortRange); it != std::sregex_iterator(); ++it) {
       const std::string from = (*it)[1].str(), to = (*it)[2].str();
       if (to.size() >= from.size()) continue;
       names.mayLose.push_back(to);

@@ -110,10 +110,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       names.mayLose.push_back(to);
       names.mayAdd.push_back(from.substr(0, from.size() - to.size()) + to);
     }
-    // A list's numbering ("[3]", "(3)", "3.", "3") is no part of the work.
-    static const std::regex kNumbering(R"(^\s*(?:\[([0-9]+)\]|\(([0-9]+)\)|([0-9]+)\.?)\s)");
-    if (std::smatch m; std::regex_search(r.input, m, kNumbering))
-      names.mayLose.push_back(m[1].matched ? m[1].str() : m[2].matched ? m[2].str() : m[3].str());
+    // A list's numbering ("[3]", "(3)", "3.", "3", however bracketed) is no part of the work.
+    static const std::regex kNumbering(R"(^\s*[\[(]?([0-9]+)[^A-Za-z0-9\s]*\s)");
+    if (std::smatch m; std::regex_search(tidy, m, kNumbering)) names.mayLose.push_back(m[1].str());
     if (const quillpaper::WordAudit audit = quillpaper::auditWords(r.input, shown, names); !audit.clean()) {
       std::fprintf(stderr, "%s\nshown: %s\n", audit.reason().c_str(), shown.c_str());
       std::abort();

@@ -67,7 +67,8 @@ std::string namesSpan(const quillreader::Reading& r, std::string_view entry, Lab
     while (j + 1 < r.tokens.size() && r.labels[j + 1] == label) ++j;
     size_t end = r.tokens[j].end;
     if (end < entry.size() && entry[end] == '.') ++end;
-    out += (out.empty() ? "" : " ") + std::string(entry.substr(r.tokens[i].begin, end - r.tokens[i].begin));
+    // Two stretches are two parts of the list, never one name across them.
+    out += (out.empty() ? "" : ", ") + std::string(entry.substr(r.tokens[i].begin, end - r.tokens[i].begin));
     i = j;
   }
   return out;

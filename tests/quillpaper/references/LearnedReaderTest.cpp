@@ -114,6 +114,9 @@ TEST(LearnedReaderTest, FuzzFindingsKeepEveryWord) {
            "Mackenzie and Harris. (1935) DCentaur and Arrighi: Font sizes and prices. San Francisco: Mackenzie and "
            "Harris.",
            "Chark, M (Ed-.). *1984) .oCastam researcich, UK: Geo Books.",
+           // Two stretches read as names ("Reaves J." and "Time.") are not one name across them.
+           "1. Reaves J. A weighty (with james rosen. Time. 2001 Mar 14. http://www.time.com/time/nation/article/"
+           "0,8599,102443,00.html",
        }) {
     // Each reading loses a character or a name: none may be written.
     const FormattedReference f = pipeline.format(entry, 1);

@@ -106,6 +106,20 @@ class EditingTest(unittest.TestCase):
             self.assertTrue(page.lstrip().startswith("NAPS AND RECALL"), f"page {n}: {page[:80]!r}")
 
 
+    # Catches a List of Tables that loses its titles once the word processor
+    # refreshes it (a caption list takes only the caption's own paragraph).
+    def test_a_refreshed_list_of_tables_keeps_the_titles(self):
+        doc = self.office.open(self.paper("lists", "--edition=6", "--paper-type=2", "--table=correlation",
+                                          "--table=regression"))
+        indexes = doc.getDocumentIndexes()
+        for k in range(indexes.getCount()):
+            indexes.getByIndex(k).update()
+        pages = self.save_pdf(doc, "lists")
+        listed = next(page for page in pages if "List of Tables" in page)
+        self.assertRegex(listed, r"Table 1 Intercorrelations Between Subscales for Students and Older Adults")
+        self.assertRegex(listed, r"Table 2 Predictors of Self-Reported Moral Behavior")
+
+
 def main():
     global QUILLPAPER
     ap = argparse.ArgumentParser()

@@ -47,6 +47,19 @@ Style styleNamed(std::string_view name) {
   return Style::Normal;
 }
 
+PageHeaderRecord PageHeaderRecord::parse(std::string_view record) {
+  size_t digits = record.starts_with("-") ? 1 : 0;
+  while (digits < record.size() && std::isdigit(static_cast<unsigned char>(record[digits]))) ++digits;
+  PageHeaderRecord r{std::string(record.substr(0, digits)), false, std::string(record.substr(digits))};
+  if (r.head.starts_with(kRunningHeadLabel)) {
+    r.labelled = true;
+    r.head.erase(0, kRunningHeadLabel.size());
+  }
+  return r;
+}
+
+std::string PageHeaderRecord::str() const { return code + (labelled ? std::string(kRunningHeadLabel) : "") + head; }
+
 std::string TableBlock::title() const {
   std::string out = caption;
   for (size_t at; (at = out.find("\r\n")) != std::string::npos;) out.replace(at, 2, " ");

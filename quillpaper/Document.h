@@ -112,6 +112,19 @@ struct Page {
   void trimEnd();
 };
 
+// A section's page-header record as the library writes it: the code's
+// digits, then the running head, perhaps after its label ("Running head: ").
+// Code 3 means the head is still the placeholder.
+constexpr std::string_view kRunningHeadLabel = "Running head: ";
+struct PageHeaderRecord {
+  std::string code;
+  bool labelled = false;
+  std::string head;
+  static PageHeaderRecord parse(std::string_view record);
+  std::string str() const;
+  bool placeholder() const { return code == "3"; }
+};
+
 struct Section {
   int firstPart = 0;
   int lastPart = 0;

@@ -136,13 +136,13 @@ void appendixLabelPlain(doc::Document& document) {
 std::string setRunningHead(doc::Document& document, const std::string& shortTitle) {
   std::string head;
   for (auto& section : document.sections) {
-    std::string& record = section->pageHeader;
-    size_t at = record.starts_with("-") ? 1 : 0;
-    while (at < record.size() && std::isdigit(static_cast<unsigned char>(record[at]))) ++at;
-    if (record.compare(0, at, "3") == 0) return {};  // still the placeholder: nothing typed
-    if (record.compare(at, 14, "Running head: ") == 0) at += 14;
-    if (!shortTitle.empty()) record = record.substr(0, at) + QuillStrings::strings().upper(shortTitle);
-    if (head.empty()) head = record.substr(at);
+    doc::PageHeaderRecord record = doc::PageHeaderRecord::parse(section->pageHeader);
+    if (record.placeholder()) return {};  // nothing typed
+    if (!shortTitle.empty()) {
+      record.head = QuillStrings::strings().upper(shortTitle);
+      section->pageHeader = record.str();
+    }
+    if (head.empty()) head = record.head;
   }
   constexpr size_t kLongest = 50;
   const size_t characters = static_cast<size_t>(

@@ -50,10 +50,8 @@ std::string clean(std::string_view text) {
   strip("\"',;:()[]");
   // A quotation inside the span whose opening quote the reading left outside
   // it ("PostScript” Prints Anything") gets it back.
-  for (const auto& [open, close] : {std::pair<std::string_view, std::string_view>{"\xe2\x80\x9c", "\xe2\x80\x9d"}}) {
-    const size_t closing = t.find(close);
-    if (closing != std::string::npos && t.rfind(open, closing) == std::string::npos) t.insert(0, open);
-  }
+  const size_t closing = t.find("\xe2\x80\x9d");
+  if (closing != std::string::npos && t.rfind("\xe2\x80\x9c", closing) == std::string::npos) t.insert(0, "\xe2\x80\x9c");
   return t;
 }
 

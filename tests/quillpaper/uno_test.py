@@ -8,15 +8,18 @@ Needs LibreOffice and python3-uno (Debian's); run it with the system's python3.
 """
 import argparse
 import os
+import re
 import shutil
 import subprocess
 import sys
 import tempfile
 import time
 import unittest
+import zipfile
 
 import uno
 from com.sun.star.beans import PropertyValue
+from com.sun.star.text.ControlCharacter import PARAGRAPH_BREAK
 
 QUILLPAPER = None
 
@@ -86,6 +89,30 @@ class EditingTest(unittest.TestCase):
         self.assertEqual(done.returncode, 0, done.stderr)
         return path
 
+    def without_comments(self, path):
+        """The same paper with its hint comments taken out: LibreOffice 7.4 cannot
+        load any .docx with comments through UNO (not even one it wrote itself)."""
+        bare = path.replace(".docx", "-bare.docx")
+        with zipfile.ZipFile(path) as source, zipfile.ZipFile(bare, "w", zipfile.ZIP_DEFLATED) as target:
+            for item in source.infolist():
+                data = source.read(item.filename)
+                if item.filename == "word/document.xml":
+                    text = data.decode()
+                    text = re.sub(r"<w:commentRange(?:Start|End) [^>]*/>", "", text)
+                    text = re.sub(r"<w:r>(?:(?!</w:r>).)*?<w:commentReference [^>]*/></w:r>", "", text)
+                    data = text.encode()
+                target.writestr(item, data)
+        return bare
+
+    def paragraphs(self, doc):
+        found = []
+        walk = doc.getText().createEnumeration()
+        while walk.hasMoreElements():
+            p = walk.nextElement()
+            if p.supportsService("com.sun.star.text.Paragraph"):
+                found.append((p.getString(), p.ParaStyleName))
+        return found
+
     def save_pdf(self, doc, name):
         pdf = os.path.join(self.workdir, name + ".pdf")
         doc.storeToURL(uno.systemPathToFileUrl(pdf), (prop("FilterName", "writer_pdf_Export"),))
@@ -118,6 +145,37 @@ class EditingTest(unittest.TestCase):
         listed = next(page for page in pages if "List of Tables" in page)
         self.assertRegex(listed, r"Table 1 Intercorrelations Between Subscales for Students and Older Adults")
         self.assertRegex(listed, r"Table 2 Predictors of Self-Reported Moral Behavior")
+
+
+    # Catches placeholders that cannot hold what a user types there: a plain-text
+    # control is read by LibreOffice as an input field, which holds one line.
+    def test_paragraphs_typed_into_a_placeholder_survive(self):
+        path = os.path.join(self.workdir, "typed.docx")
+        done = subprocess.run([QUILLPAPER, "new", path, "--edition=6", "--paper-type=0"], capture_output=True, text=True)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        doc = self.office.open(self.without_comments(path))
+        search = doc.createSearchDescriptor()
+        search.SearchString = "Click here and type your paper."
+        hint = doc.findFirst(search)
+        self.assertIsNotNone(hint, "no placeholder to type into")
+        text = hint.getText()
+        cursor = text.createTextCursorByRange(hint)
+        cursor.setString("")
+        text.insertString(cursor, "Sleep consolidates memory.", False)
+        text.insertControlCharacter(cursor, PARAGRAPH_BREAK, False)
+        text.insertString(cursor, "Naps help as well.", False)
+        saved = os.path.join(self.workdir, "typed-saved.docx")
+        doc.storeToURL(uno.systemPathToFileUrl(saved), (prop("FilterName", "MS Word 2007 XML"),))
+        doc.close(True)
+
+        doc = self.office.open(saved)
+        paragraphs = self.paragraphs(doc)
+        doc.close(True)
+        texts = [text for text, _ in paragraphs]
+        first = texts.index("Sleep consolidates memory.")
+        self.assertTrue(texts[first + 1].startswith("Naps help as well."), texts[first:first + 2])
+        self.assertEqual(paragraphs[first][1], paragraphs[first + 1][1])
+        self.assertFalse(any("Click here and type your paper." in t for t in texts))
 
 
 def main():

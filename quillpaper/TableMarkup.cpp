@@ -56,7 +56,7 @@ void addPlain(std::vector<StyledRun>& runs, std::string_view text, bool italic) 
     const bool numberAfter = i + 1 < text.size() && (std::isdigit(static_cast<unsigned char>(text[i + 1])) ||
                                                      (text[i + 1] == '.' && i + 2 < text.size() &&
                                                       std::isdigit(static_cast<unsigned char>(text[i + 2]))));
-    if (text[i] == '-' && numberAfter && (i == 0 || text[i - 1] == ' ' || text[i - 1] == '(')) {
+    if (text[i] == '-' && numberAfter && (i == 0 || text[i - 1] == ' ' || text[i - 1] == '(' || text[i - 1] == '[')) {
       pending += "\u2212";
       ++i;
       continue;

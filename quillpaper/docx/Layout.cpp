@@ -17,11 +17,12 @@ constexpr int kTimesWidths[95] = {
     333, 444, 500, 444, 500, 444, 333, 500, 500, 278, 278, 500, 278, 778, 500, 500,  // `a-o
     500, 500, 333, 389, 278, 500, 500, 722, 500, 500, 444, 480, 200, 480, 541};      // p-z {|}~
 
-// The width of a word in thousandths of an em; a character beyond ASCII counts as a figure's width.
-int widthOf(std::string_view word) {
+}  // namespace
+
+int widthInEm(std::string_view text) {
   int width = 0;
-  for (size_t i = 0; i < word.size(); ++i) {
-    const unsigned char c = static_cast<unsigned char>(word[i]);
+  for (size_t i = 0; i < text.size(); ++i) {
+    const unsigned char c = static_cast<unsigned char>(text[i]);
     if (c >= 32 && c < 127)
       width += kTimesWidths[c - 32];
     else if ((c & 0xC0) != 0x80)
@@ -29,8 +30,6 @@ int widthOf(std::string_view word) {
   }
   return width;
 }
-
-}  // namespace
 
 size_t shownBlocks(const doc::Page& page) {
   size_t end = page.blocks.size();
@@ -67,7 +66,7 @@ int estimatedLines(const doc::Paragraph& paragraph) {
       continue;
     }
     const size_t end = std::min(text.find_first_of(" \n", at), text.size());
-    const int width = widthOf(std::string_view(text).substr(at, end - at));
+    const int width = widthInEm(std::string_view(text).substr(at, end - at));
     if (used > 0 && used + width > room()) {
       ++lines;
       used = 0;

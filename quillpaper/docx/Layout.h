@@ -50,6 +50,10 @@ struct Layout {
 // its end, which could only push the next page's content along.
 size_t shownBlocks(const doc::Page& page);
 
+// The width of a text set in Times New Roman, in thousandths of an em; a
+// character beyond ASCII counts as a figure's width.
+int widthInEm(std::string_view text);
+
 // The lines a paragraph takes at 12 pt on a 6.5 in line, wrapped word by
 // word with the widths of Times New Roman (and its metric twin, Liberation
 // Serif), its style's indents taken off: the body's first line, a reference's

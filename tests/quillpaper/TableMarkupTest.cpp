@@ -52,6 +52,7 @@ TEST(TableMarkupTest, MarkersRenderAsTheTextsImply) {
       // A minus sign, the interaction's "×", an em dash.
       {"-.09", "\u2212.09"},
       {"(-1.20)", "(\u22121.20)"},
+      {"[-0.14, -0.03]", "[\u22120.14, \u22120.03]"},
       {"18-25", "18-25"},
       {"A X S", "A \u00d7 _S_"},
       {"--", "\u2014"},

@@ -366,6 +366,33 @@ class TablesTest(unittest.TestCase):
         lines = [line.strip() for line in self.text("correlation").splitlines()]
         self.assertIn("Intercorrelations Between Subscales for Students and Older Adults", lines)
 
+    # Catches figures centred or padded with spaces instead of lined up on
+    # their decimal points: within a column every point stands at one place.
+    def test_figures_line_up_on_their_decimal_points(self):
+        widths = {".": 250, "*": 500, "\u2020": 500, "\u2212": 564}  # Liberation Serif, thousandths of an em
+        figure = re.compile(r"^\u2212?\d*\.\d+[*\u2020]*$")
+        for kind in ("regression", "multilevel-model", "hierarchical-multiple-regression"):
+            pdf = os.path.join(self.workdir, kind + ".pdf")
+            boxes = subprocess.run(["pdftotext", "-bbox", pdf, "-"], check=True, capture_output=True,
+                                   text=True).stdout
+            points = []
+            for x_min, x_max, word in re.findall(r'<word xMin="([\d.]+)" yMin="[\d.]+" xMax="([\d.]+)"'
+                                                 r' yMax="[\d.]+">([^<]*)</word>', boxes):
+                if not figure.match(word):
+                    continue
+                width = [widths.get(c, 500) for c in word]
+                before = sum(width[:word.index(".")])
+                points.append(float(x_min) + (float(x_max) - float(x_min)) * before / sum(width))
+            self.assertGreater(len(points), 10, kind)
+            points.sort()
+            columns = [[points[0]]]
+            for x in points[1:]:
+                if x - columns[-1][-1] > 20:
+                    columns.append([])
+                columns[-1].append(x)
+            for column in columns:
+                self.assertLess(max(column) - min(column), 1.0, f"{kind}: points at {column}")
+
     # Catches a table whose rows or columns differ from what its metadata says.
 
     def test_rows_and_columns_match_the_metadata(self):

@@ -1,12 +1,15 @@
 #!/usr/bin/env bash
 # Installs from Debian's archive whatever building (and, with --office,
-# checking documents in LibreOffice, --fuzz fuzzing with clang) needs and the machine lacks.
+# checking documents in LibreOffice, --fuzz fuzzing with clang, --stats R for the
+# statistics' reference values) needs and the machine lacks.
 set -euo pipefail
 
-packages=(g++ cmake make pkg-config python3 libgtest-dev libgmock-dev libbenchmark-dev libzip-dev libpugixml-dev)
+packages=(g++ cmake make pkg-config python3 libgtest-dev libgmock-dev libbenchmark-dev libzip-dev libpugixml-dev
+          libeigen3-dev libboost-math-dev)
 case "${1:-}" in
   --office) packages+=(libreoffice-writer-nogui python3-uno poppler-utils fonts-liberation fonts-dejavu-core) ;;
   --fuzz) packages+=(clang-16 libclang-rt-16-dev) ;;  # clang 16 knows std::source_location
+  --stats) packages+=(r-base-core) ;;  # R, to regenerate the statistics tests' reference values
 esac
 
 missing=()

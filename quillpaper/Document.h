@@ -83,6 +83,7 @@ struct TableCell {
   bool ruleBelow = false;
   bool thickRule = false;
   bool spaceAround = false;  // a spanner with space before and after
+  bool literal = false;      // the user's own text (a column's name): no markers in it
 };
 struct TableRow {
   std::vector<TableCell> cells;

@@ -8,6 +8,7 @@
 #include "builder/SeventhEdition.h"
 #include "quillpaper/CommandLine.h"
 #include "quillpaper/Commands.h"
+#include "quillpaper/DataTables.h"
 #include "quillpaper/Paper.h"
 #include "quillpaper/StartupForm.h"
 #include "quillpaper/StatisticsTables.h"
@@ -85,6 +86,10 @@ constexpr const char* kUsage =
     "  --chapters=N       start N chapters before the references (theses)\n"
     "  --table=KIND       put a statistics table on the tables page (repeatable; see\n"
     "                     'quillpaper table --list')\n"
+    "  --data=FILE        compute the tables named descriptives, correlation, regression,\n"
+    "                     anova and ttest from FILE (CSV), with the options of 'quillpaper\n"
+    "                     table' (--columns, --by, --missing, --ci, --dv, --iv, --block,\n"
+    "                     --between), e.g. --table=correlation --data=scores.csv\n"
     "  --refs=FILE        put the reference list in FILE (one reference a line, any form)\n"
     "                     on the References page, in APA form and order\n"
     "  --no-hints         leave out the hints and sample subsections; keep the placeholders\n";
@@ -223,6 +228,7 @@ int newCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
   const StartupForm form = StartupForm::load(session.main2());
   request.parts = chooseParts(cl, form, request.paperType);
   const std::vector<std::string> tables = cl.options("table");
+  const std::optional<DataTableRequest> data = dataTableOptions(cl);
   if (refs) {
     const std::unique_ptr<std::istream> in = openReferenceList(*refs);
     ReferenceReader reader(*in);
@@ -235,12 +241,27 @@ int newCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
     }
   }
   cl.finish();
+  if (data) {
+    std::vector<std::string> kinds;
+    std::copy_if(tables.begin(), tables.end(), std::back_inserter(kinds), isDataTableKind);
+    if (kinds.empty()) throw UsageError(std::string("--data needs a --table computed from it: ") + kDataTableKinds);
+    checkOptionsApply(*data, kinds);
+  }
   if (!tables.empty()) {
     const std::vector<TableButton> buttons = tableButtons(session);
     for (const std::string& kind : tables) {
+      if (data && isDataTableKind(kind)) {
+        try {
+          request.tables.push_back({0, buildDataTable(forKind(*data, kind), 0)});
+        } catch (const quillstats::DataError& e) {
+          err << "quillpaper new: " << e.what() << "\nquillpaper new: nothing was written\n";
+          return 1;
+        }
+        continue;
+      }
       const int index = findTableButton(buttons, kind);
       if (index == 0) throw UsageError("no table is called '" + kind + "' (quillpaper table --list shows them)");
-      request.tables.push_back(index);
+      request.tables.push_back({index, nullptr});
     }
     request.parts.insert(form.sectionIndex("Tables"));
   }

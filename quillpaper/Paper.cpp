@@ -42,19 +42,25 @@ void addChapters(Session& session, PaperBuilder& builder, int count) {
 }
 
 // Real tables take the place of the sample on the tables page, each on a page of its own.
-void addTables(Session& session, PaperBuilder& builder, const std::vector<int>& buttons) {
+void addTables(Session& session, PaperBuilder& builder, const std::vector<PaperRequest::Table>& tables) {
   for (auto& section : builder.document().sections) {
     auto& pages = section->pages;
     auto at = std::find_if(pages.begin(), pages.end(), [](const auto& p) { return p->part == kTablesPart; });
     if (at == pages.end()) continue;
     (*at)->blocks.clear();
-    for (size_t k = 0; k < buttons.size(); ++k) {
+    for (size_t k = 0; k < tables.size(); ++k) {
       if (k > 0) {
         auto page = std::make_shared<doc::Page>();
         page->part = kTablesPart;
         at = pages.insert(at + 1, page);
       }
-      (*at)->blocks.emplace_back(buildStatisticsTable(session, buttons[k], builder.sequences().next("Table")));
+      const int number = builder.sequences().next("Table");
+      std::shared_ptr<doc::TableBlock> table = tables[k].computed;
+      if (table)
+        table->number = number;
+      else
+        table = buildStatisticsTable(session, tables[k].button, number);
+      (*at)->blocks.emplace_back(std::move(table));
     }
     return;
   }

@@ -22,7 +22,13 @@ struct PaperRequest {
   std::set<int> parts;                        // the selected parts 0 to 14
   bool hints = true;
   int chapters = 0;
-  std::vector<int> tables;  // table-form buttons (1 to 9) for the tables page
+  // The tables for the tables page: table-form buttons (1 to 9), or tables
+  // computed from the user's data.
+  struct Table {
+    int button = 0;
+    std::shared_ptr<doc::TableBlock> computed;
+  };
+  std::vector<Table> tables;
   std::vector<std::pair<int, std::string>> references;  // (line, entry) for the references page
 };
 

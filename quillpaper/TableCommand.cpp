@@ -4,6 +4,7 @@
 #include "host/CallSite.h"
 #include "quillpaper/CommandLine.h"
 #include "quillpaper/Commands.h"
+#include "quillpaper/DataTables.h"
 #include "quillpaper/Paper.h"
 #include "quillpaper/SettingsDictionary.h"
 #include "quillpaper/StatisticsTables.h"
@@ -14,7 +15,7 @@ namespace quillpaper {
 namespace {
 
 constexpr const char* kUsage =
-    "usage: quillpaper table KIND [OUTPUT.docx] [--edition=7|6]\n"
+    "usage: quillpaper table KIND [OUTPUT.docx] [--edition=7|6] [--data=FILE ...]\n"
     "       quillpaper table --list\n"
     "\n"
     "Writes one of the nine sample APA statistics tables to OUTPUT.docx "
@@ -30,7 +31,21 @@ constexpr const char* kUsage =
     "default) the number is set in bold; --edition=6 writes the 6th edition's "
     "plain number.\n"
     "'quillpaper new --table=KIND' puts tables on the tables page of a "
-    "paper.\n";
+    "paper.\n"
+    "\n"
+    "From your own data (a CSV file with a header row; comma, semicolon or tab; empty cells\n"
+    "and NA are missing values):\n"
+    "  quillpaper table descriptives --data=FILE [--columns=A,B,...] [--by=GROUP]\n"
+    "  quillpaper table correlation --data=FILE [--columns=A,B,...] [--missing=pairwise|listwise] [--ci]\n"
+    "  quillpaper table regression --data=FILE --dv=Y --iv=X1,X2 [--block=X3,X4 ...]\n"
+    "  quillpaper table anova --data=FILE --dv=Y --between=A,B\n"
+    "  quillpaper table ttest --data=FILE --dv=Y[,Y2,...] --by=GROUP\n"
+    "Without --columns, every column of numbers is used. Each --block adds its predictors to\n"
+    "the model before it (hierarchical regression). The ANOVA is a factorial between-subjects\n"
+    "one with type III sums of squares; the t tests are Welch's, with Student's in the note.\n"
+    "A value that is not a number, a row with too many or too few fields, or data that cannot\n"
+    "give the table (a constant column, collinear predictors, an empty group) is an error that\n"
+    "says where, and nothing is written.\n";
 
 }  // namespace
 
@@ -41,6 +56,7 @@ int tableCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
   }
   const bool list = cl.flag("list");
   const int edition = cl.edition();
+  const std::optional<DataTableRequest> data = dataTableOptions(cl);
   const std::vector<std::string> args = cl.positional();
   Session session(cl.diagnostics());
   cl.finish();
@@ -56,14 +72,31 @@ int tableCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
   }
   if (args.empty()) throw UsageError("which table? (quillpaper table --list shows them)");
   if (args.size() > 2) throw UsageError("unexpected argument '" + args[2] + "'");
-  const int index = findTableButton(buttons, args[0]);
-  if (index == 0) throw UsageError("no table is called '" + args[0] + "' (quillpaper table --list shows them)");
-  const std::filesystem::path output = args.size() > 1 ? args[1] : buttons[static_cast<size_t>(index - 1)].key + ".docx";
+  std::optional<DataTableRequest> computed;
+  int index = 0;
+  if (data) {
+    computed = forKind(*data, args[0]);
+    checkOptionsApply(*computed, {args[0]});
+  } else {
+    index = findTableButton(buttons, args[0]);
+    if (index == 0) {
+      const std::string more = isDataTableKind(args[0]) ? " without --data=FILE" : "";
+      throw UsageError("no table is called '" + args[0] + "'" + more + " (quillpaper table --list shows them)");
+    }
+  }
+  const std::filesystem::path output =
+      args.size() > 1 ? args[1] : (computed ? computed->kind : buttons[static_cast<size_t>(index - 1)].key) + ".docx";
 
   auto settings = make<SettingsDictionary>();
   if (edition == 7) settings->Add("APAEdition", Variant(int16_t{7}));
   callByName(session.main2(), "getMetaData", ObjectRef(settings));
-  std::shared_ptr<doc::TableBlock> table = buildStatisticsTable(session, index, 1);
+  std::shared_ptr<doc::TableBlock> table;
+  try {
+    table = computed ? buildDataTable(*computed, 1) : buildStatisticsTable(session, index, 1);
+  } catch (const quillstats::DataError& e) {
+    err << "quillpaper table: " << e.what() << "\nquillpaper table: nothing was written\n";
+    return 1;
+  }
   if (const std::string problem = session.errorSummary(); !problem.empty()) {
     err << "quillpaper table: " << problem << "\nquillpaper table: nothing was written\n";
     return 1;

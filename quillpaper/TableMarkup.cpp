@@ -8,7 +8,7 @@ namespace quillpaper {
 namespace {
 
 // Symbols APA sets in italics when they stand alone.
-constexpr std::array kStatisticalSymbols = {"p", "n", "N", "F", "t", "r", "R", "M", "S", "B", "df", "SE", "SD", "z"};
+constexpr std::array kStatisticalSymbols = {"p", "n", "N", "F", "t", "r", "R", "M", "S", "B", "d", "df", "SE", "SD", "z"};
 
 bool isStatisticalSymbol(std::string_view s) {
   for (std::string_view symbol : kStatisticalSymbols)

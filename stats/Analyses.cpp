@@ -124,7 +124,7 @@ std::vector<std::string> numericColumns(const std::filesystem::path& file, const
   int rows = 0;
   for (; rows < 100 && csv.next(); ++rows)
     for (size_t c = 0; c < columns; ++c) {
-      if (state[c] < 0 || csv.missing(c)) continue;
+      if (state[c] != 0 || csv.missing(c)) continue;  // judged on its first value
       double v = 0;
       state[c] = parseNumber(csv.field(c), csv.delimiter() == ';', v) ? 1 : -1;
     }

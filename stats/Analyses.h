@@ -118,8 +118,9 @@ struct TTests {
 // The first group minus the second, groups in the order of their values.
 TTests ttests(const std::filesystem::path& file, const std::vector<std::string>& dvs, const std::string& by);
 
-// The columns of `file` whose values are numbers, judged on its first rows:
-// what descriptives and correlations use when no columns are named.
+// The columns of `file` whose first value is a number (a later value that is
+// not one is then an error that says where): what descriptives and
+// correlations use when no columns are named.
 std::vector<std::string> numericColumns(const std::filesystem::path& file, const std::vector<std::string>& except);
 
 // Values of a grouping column in the order people expect: numbers by value,

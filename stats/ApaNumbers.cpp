@@ -29,11 +29,6 @@ std::string pValue(double p) {
   return bounded(p, 3);
 }
 
-std::string pEquals(double p) {
-  const std::string v = pValue(p);
-  return v.starts_with("<") ? "|p| " + v : "|p| = " + v;
-}
-
 std::string stars(double p) {
   if (!std::isfinite(p)) return "";
   if (p < 0.01) return "**";

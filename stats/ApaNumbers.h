@@ -15,8 +15,6 @@ std::string fixed(double value, int decimals = 2);
 std::string bounded(double value, int decimals = 2);
 // A p value: three decimals without a leading zero, "< .001" below that.
 std::string pValue(double p);
-// The same after "p": "p = .012" or "p < .001".
-std::string pEquals(double p);
 // "**" below .01, "*" below .05, else nothing.
 std::string stars(double p);
 // A count with thousands separators: "1,024".

@@ -24,15 +24,24 @@ pugi::xml_node paragraph(pugi::xml_node parent, const char* style, bool breakBef
   return p;
 }
 
-void markedText(RunWriter& runs, std::string_view text, bool italicAll = false) {
-  for (const StyledRun& r : renderTableMarkup(text)) {
+// A cell's runs: its markers rendered, or its text as it stands when it is
+// the user's own (a column's name, a group's value).
+std::vector<StyledRun> runsOf(const doc::TableCell& cell) {
+  if (cell.literal) return {{cell.text}};
+  return renderTableMarkup(cell.text);
+}
+
+void write(RunWriter& runs, const std::vector<StyledRun>& styled) {
+  for (const StyledRun& r : styled) {
     RunFormat f;
-    f.italic = r.italic || italicAll;
+    f.italic = r.italic;
     f.superscript = r.superscript;
     f.subscript = r.subscript;
     runs.text(r.text, f);
   }
 }
+
+void markedText(RunWriter& runs, std::string_view text) { write(runs, renderTableMarkup(text)); }
 
 void border(pugi::xml_node parent, const char* side, long size) {
   pugi::xml_node b = child(parent, side);
@@ -86,7 +95,7 @@ struct FigureExtent {
 
 std::optional<FigureExtent> figureIn(const doc::TableCell& cell) {
   if (cell.span != 1 || cell.covered) return std::nullopt;
-  const std::string text(trimmed(plainText(renderTableMarkup(cell.text))));
+  const std::string text(trimmed(plainText(runsOf(cell))));
   if (!isFigure(text)) return std::nullopt;
   const std::string_view figure = text;
   const size_t point = std::min(figure.find('.'), figure.size());
@@ -177,7 +186,7 @@ ColumnPlan columnWidths(const doc::TableBlock& t, const DecimalColumns& figures,
     for (size_t c = 0; c < r.cells.size(); ++c) {
       const doc::TableCell& cell = r.cells[c];
       if (cell.span != 1 || cell.covered || cell.text.find_first_not_of(' ') == std::string::npos) continue;
-      const int width = widthInEm(trimmed(plainText(renderTableMarkup(cell.text))));
+      const int width = widthInEm(trimmed(plainText(runsOf(cell))));
       need[c] = std::max(need[c], twipsAt(std::min(kLongest, width), 12) + kPadding);
     }
   // Figures lined up on their points take a figure's width more than the longest of them.
@@ -284,7 +293,12 @@ void writeTable(pugi::xml_node body, const doc::TableBlock& t, const PageGeometr
       // In a table cell a decimal tab aligns the text without a tab character
       // (with one, the text would go on to the next stop); the spaces the
       // library pads figures with line them up only in a fixed-width font.
-      markedText(runs, onPoint ? trimmed(cell.text) : std::string_view(cell.text));
+      std::vector<StyledRun> styled = runsOf(cell);
+      if (onPoint && !styled.empty()) {
+        styled.front().text.erase(0, styled.front().text.find_first_not_of(' '));
+        styled.back().text.erase(styled.back().text.find_last_not_of(' ') + 1);
+      }
+      write(runs, styled);
     }
   }
 

@@ -456,6 +456,124 @@ class TablesTest(unittest.TestCase):
                          + str(table))
 
 
+class DataTablesTest(unittest.TestCase):
+    """Tables computed from R's data sets, rendered in LibreOffice: each shows
+    R's values (tests/stats/reference.txt) as APA prints them."""
+
+    STATS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "stats")
+    # Table name: (arguments, [(reference case, key, how it prints)]).
+    CASES = {
+        "descriptives-iris": (["descriptives", "--data=iris.csv", "--by=Species", "--columns=Sepal.Length,Petal.Width"],
+                              [("descriptives-iris", "mean.0.0", "fixed"), ("descriptives-iris", "sd.2.1", "fixed")]),
+        "descriptives-airquality": (["descriptives", "--data=airquality.csv", "--by=Month", "--columns=Ozone,Solar.R"],
+                                    [("descriptives-airquality", "mean.1.0", "fixed"),
+                                     ("descriptives-airquality", "sd.4.1", "fixed")]),
+        "correlation-mtcars": (["correlation", "--data=mtcars.csv", "--columns=mpg,hp,wt,qsec", "--missing=listwise"],
+                               [("correlation-mtcars", "r.1.0", "r"), ("correlation-mtcars", "r.3.2", "r"),
+                                ("correlation-mtcars", "mean.1", "fixed")]),
+        "correlation-airquality": (["correlation", "--data=airquality.csv", "--columns=Ozone,Solar.R,Wind,Temp", "--ci"],
+                                   [("correlation-airquality-pairwise", "r.3.2", "r"),
+                                    ("correlation-airquality-pairwise", "lower.1.0", "bounded"),
+                                    ("correlation-airquality-pairwise", "upper.3.0", "bounded")]),
+        "regression-mtcars": (["regression", "--data=mtcars.csv", "--dv=mpg", "--iv=wt,hp", "--block=qsec"],
+                              [("regression-mtcars", "b.1.1", "fixed"), ("regression-mtcars", "se.2.3", "fixed"),
+                               ("regression-mtcars", "beta.2.1", "bounded"), ("regression-mtcars", "F.2", "fixed"),
+                               ("regression-mtcars", "deltaF.2", "fixed"), ("regression-mtcars", "upper.2.0", "fixed")]),
+        "regression-iris": (["regression", "--data=iris.csv", "--dv=Sepal.Length", "--iv=Sepal.Width",
+                             "--block=Petal.Length,Petal.Width"],
+                            [("regression-iris", "b.2.2", "fixed"), ("regression-iris", "t.2.3", "fixed"),
+                             ("regression-iris", "r2.2", "bounded")]),
+        "anova-toothgrowth": (["anova", "--data=ToothGrowth.csv", "--dv=len", "--between=supp,dose"],
+                              [("anova-toothgrowth", "F.1", "fixed"), ("anova-toothgrowth", "eta.2", "bounded"),
+                               ("anova-toothgrowth", "mse", "fixed")]),
+        "anova-mtcars": (["anova", "--data=mtcars.csv", "--dv=mpg", "--between=cyl,am"],
+                         [("anova-mtcars", "F.2", "fixed"), ("anova-mtcars", "p.1", "p")]),
+        "ttest-toothgrowth": (["ttest", "--data=ToothGrowth.csv", "--dv=len", "--by=supp"],
+                              [("ttest-toothgrowth", "welch.t", "fixed"), ("ttest-toothgrowth", "welch.df", "df"),
+                               ("ttest-toothgrowth", "student.t", "fixed"), ("ttest-toothgrowth", "d", "fixed")]),
+        "ttest-mtcars": (["ttest", "--data=mtcars.csv", "--dv=mpg", "--by=am"],
+                         [("ttest-mtcars", "welch.p", "p"), ("ttest-mtcars", "mean.1", "fixed")]),
+    }
+
+    @classmethod
+    def setUpClass(cls):
+        cls.workdir = tempfile.mkdtemp(prefix="quillpaper-data-tables-")
+        cls.reference = {}
+        with open(os.path.join(cls.STATS, "reference.txt")) as f:
+            for line in f:
+                case, key, value = line.split()
+                cls.reference[case, key] = float(value)
+        paths = []
+        for name, (args, _) in cls.CASES.items():
+            path = os.path.join(cls.workdir, name + ".docx")
+            kind, data, *options = args
+            data = "--data=" + os.path.join(cls.STATS, "data", data.split("=", 1)[1])
+            result = run_quillpaper("table", kind, path, data, *options, cwd=cls.workdir)
+            if result.returncode != 0:
+                raise AssertionError(name + ": " + result.stderr)
+            paths.append(path)
+        profile = os.path.join(cls.workdir, "lo-profile")
+        subprocess.run(["soffice", f"-env:UserInstallation=file://{profile}", "--headless", "--convert-to", "pdf",
+                        "--outdir", cls.workdir, *paths], check=True, capture_output=True, timeout=600)
+
+    @classmethod
+    def tearDownClass(cls):
+        shutil.rmtree(cls.workdir, ignore_errors=True)
+
+    @staticmethod
+    def printed(value, how):
+        if how == "p" and value < 0.001:
+            return "< .001"
+        text = f"{value:.1f}" if how == "df" else f"{value:.3f}" if how == "p" else f"{value:.2f}"
+        if how in ("r", "bounded", "p"):
+            text = text.replace("0.", ".", 1)
+        return text.replace("-", "\u2212")
+
+    # Catches a computed value that differs from R's once printed, a table
+    # that does not open, or "nan" anywhere.
+    def test_each_table_shows_what_r_computes(self):
+        for name, (_, expected) in self.CASES.items():
+            pdf = os.path.join(self.workdir, name + ".pdf")
+            text = subprocess.run(["pdftotext", "-layout", pdf, "-"], check=True, capture_output=True,
+                                  text=True).stdout
+            self.assertTrue(text.lstrip().startswith("Table 1"), name)
+            self.assertNotIn("nan", text.lower().replace("nanc", ""), name)
+            for case, key, how in expected:
+                self.assertIn(self.printed(self.reference[case, key], how), text, f"{name}: {case} {key}")
+
+    # Catches a data file whose problem is not reported, or a table written anyway.
+    def test_bad_data_writes_nothing(self):
+        cases = [
+            ("y,a\n1,2\n3,4,5\n", ["correlation"], "line 3: 3 fields where the header has 2 columns"),
+            ("y,a\n1,2\n3,x\n4,5\n", ["correlation"], 'line 3, column "a": "x" is not a number'),
+            ("y,a,b\n1,1,2\n2,2,4\n3,3,6\n4,5,10\n", ["regression", "--dv=y", "--iv=a,b"], "perfectly collinear"),
+            ("y,g\n1,a\n2,a\n", ["ttest", "--dv=y", "--by=g"], 'a t test compares two groups; "g" has 1'),
+        ]
+        for content, args, message in cases:
+            data = os.path.join(self.workdir, "bad.csv")
+            with open(data, "w") as f:
+                f.write(content)
+            out = os.path.join(self.workdir, "bad.docx")
+            result = run_quillpaper("table", args[0], out, "--data=" + data, *args[1:], cwd=self.workdir)
+            self.assertEqual(result.returncode, 1, result.stderr)
+            self.assertIn(message, result.stderr)
+            self.assertIn("nothing was written", result.stderr)
+            self.assertFalse(os.path.exists(out))
+
+    def test_a_paper_with_a_table_from_data(self):
+        path = os.path.join(self.workdir, "paper.docx")
+        result = run_quillpaper("new", path, "--edition=6", "--paper-type=2", "--table=correlation", "--table=anova",
+                                "--data=" + os.path.join(self.STATS, "data", "mtcars.csv"), "--columns=mpg,hp,wt",
+                                "--dv=mpg", "--between=cyl,am", cwd=self.workdir)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        paper = Rendered(path, self.workdir)
+        first = paper.page_of("Means, Standard Deviations, and Correlations")
+        self.assertIsNotNone(first)
+        self.assertEqual(paper.page_of("Analysis of Variance for mpg"), first + 1)
+        listed = paper.text(paper.page_of("List of Tables"))
+        self.assertRegex(listed, r"Table 2 Analysis of Variance for mpg\.+ ?" + str(first + 1))
+
+
 class PageNumbersTest(unittest.TestCase):
     """The page numbers the contents and the lists of tables and figures hold
     as written (LibreOffice prints them without refreshing them), against the

@@ -12,7 +12,7 @@ if [[ "${1:-}" == --seconds ]]; then
   shift 2
 fi
 targets=("$@")
-[[ ${#targets[@]} -gt 0 ]] || targets=(fuzz_strings fuzz_retrieval fuzz_classifier fuzz_pipeline fuzz_server)
+[[ ${#targets[@]} -gt 0 ]] || targets=(fuzz_strings fuzz_retrieval fuzz_classifier fuzz_pipeline fuzz_server fuzz_csv)
 
 scripts/deps.sh --fuzz
 
@@ -40,7 +40,11 @@ for target in "${targets[@]}"; do
   work="$build/corpus/$target"
   mkdir -p "$work"
   dirs=("$work")
-  [[ -d "$seeds" ]] && dirs+=("$seeds")
+  if [[ $target == fuzz_csv ]]; then
+    dirs+=(tests/stats/data)  # data files, not references
+  elif [[ -d "$seeds" ]]; then
+    dirs+=("$seeds")
+  fi
   echo "== $target: ${seconds}s"
   if ! "$build/fuzz/$target" -max_total_time="$seconds" -max_len=131072 -timeout=10 -rss_limit_mb=2048 \
       -print_final_stats=1 -artifact_prefix="$build/$target-" "${dirs[@]}" >"$build/$target.log" 2>&1; then

@@ -199,3 +199,17 @@ TEST(StatsAgainstR, StudentAndWelchT) {
     }
   }
 }
+
+// Catches a leading zero where APA drops it, "nan" in a table, or p rounded to ".000".
+TEST(ApaNumbersTest, AsApaPrintsThem) {
+  const double nan = std::nan("");
+  const std::pair<std::string, std::string> rows[] = {
+      {fixed(12.345), "12.35"},    {fixed(-0.004), "-0.00"},  {fixed(nan), "--"},
+      {bounded(0.934), ".93"},     {bounded(-0.09), "-.09"},  {bounded(1), "1.00"},
+      {pValue(0.0004), "< .001"},  {pValue(0.0126), ".013"},  {pValue(0.001), ".001"},
+      {pValue(nan), "--"},         {stars(0.009), "**"},      {stars(0.049), "*"},
+      {stars(0.05), ""},           {count(1234567), "1,234,567"}, {count(999), "999"},
+      {degrees(55.309), "55.3"},   {degrees(58), "58"},
+  };
+  for (const auto& [got, expected] : rows) EXPECT_EQ(got, expected);
+}

@@ -257,8 +257,10 @@ std::vector<std::vector<uint32_t>> tokenFeatures(std::string_view entry, const s
     if (words[i].size() == 4 && std::isdigit(static_cast<unsigned char>(words[i][0]))) yearSegment = segmentOf[i];
 
   // Context as the entry is read from the left: quotes, parentheses,
-  // brackets, and the segment (the number of full stops that ended one).
-  int quotes = 0, parens = 0, brackets = 0, segment = 0;
+  // brackets, and the segment (the number of full stops that ended one),
+  // and the commas of the segment so far (one after "Vygotsky, L. S.": the
+  // name is whole and what follows is its title).
+  int quotes = 0, parens = 0, brackets = 0, segment = 0, commas = 0;
   for (size_t i = 0; i < n; ++i) {
     std::vector<uint32_t>& f = out[i];
     auto add = [&](std::string_view kind, std::string_view value) {
@@ -323,6 +325,14 @@ std::vector<std::vector<uint32_t>> tokenFeatures(std::string_view entry, const s
     if (i > 0) add("w-1|w", words[i - 1] + "|" + w);
     if (i + 1 < n) add("w|w+1", w + "|" + words[i + 1]);
     if (i > 0) add("s-1|s", shapes[i - 1] + "|" + s);
+    const std::string commaCount = commas == 0 ? "0" : commas == 1 ? "1" : commas <= 3 ? "2-3" : "4+";
+    add("commas", commaCount);
+    if (i > 1) {
+      add("s-2", shapes[i - 2]);
+      add("s-2|w-1|s", shapes[i - 2] + "|" + words[i - 1] + "|" + s);
+      // Just after an initial ("S." of "L. S."), by how many commas came before it.
+      if (words[i - 1] == "." && shapes[i - 2] == "X") add("initial|commas|s", commaCount + "|" + s);
+    }
 
     // The context after this token, for the next one.
     if (w == "\xe2\x80\x9c" || (w == "\"" && quotes == 0)) ++quotes;
@@ -331,10 +341,14 @@ std::vector<std::vector<uint32_t>> tokenFeatures(std::string_view entry, const s
     if (w == ")" && parens > 0) --parens;
     if (w == "[") ++brackets;
     if (w == "]" && brackets > 0) --brackets;
+    if (w == "," && quotes == 0 && parens == 0) ++commas;
     if ((w == "." || w == "?" || w == "!") && quotes == 0 && parens == 0 && spaceAfter) {
       // "M. H." and "pp." end no segment: a full stop after a short word does not count.
       const bool abbreviation = i > 0 && words[i - 1].size() <= 2 && !number;
-      if (!abbreviation) ++segment;
+      if (!abbreviation) {
+        ++segment;
+        commas = 0;
+      }
     }
   }
   return out;

@@ -77,6 +77,73 @@ std::string first(const quillreader::Reading& r, std::string_view entry, Label l
   return spans.empty() ? std::string() : clean(spans.front());
 }
 
+// The bytes [begin, end) of the first span labelled `label`; {0, 0} for none.
+std::pair<size_t, size_t> firstSpan(const quillreader::Reading& r, Label label) {
+  for (size_t i = 0; i < r.tokens.size(); ++i) {
+    if (r.labels[i] != label) continue;
+    size_t j = i;
+    while (j + 1 < r.tokens.size() && r.labels[j + 1] == label) ++j;
+    return {r.tokens[i].begin, r.tokens[j].end};
+  }
+  return {0, 0};
+}
+
+size_t count(std::string_view text, std::string_view mark) {
+  size_t n = 0;
+  for (size_t at = text.find(mark); at != std::string_view::npos; at = text.find(mark, at + mark.size())) ++n;
+  return n;
+}
+
+// A title with the marks the reading left outside it, and its inner
+// quotation's marks as APA writes them. An opening quote or parenthesis
+// just before the span, or a closing parenthesis just after it, whose
+// partner is inside, comes back ("‘Typesetting’ with…", "(absolute
+// basics)"). A title typed inside double quotes sets a quotation in it in
+// single quotes; once APA drops the outer quotes, the inner ones are double:
+// "“A history of the ‘Humanist’ type”" is "A history of the “Humanist” type".
+std::string titleWithItsMarks(std::string title, std::string_view entry, const quillreader::Reading& r) {
+  constexpr std::string_view kOpen1 = "\xe2\x80\x98", kClose1 = "\xe2\x80\x99";
+  constexpr std::string_view kOpen2 = "\xe2\x80\x9c", kClose2 = "\xe2\x80\x9d";
+  const auto [begin, end] = firstSpan(r, Label::Title);
+  if (begin == end) return title;
+  std::string_view before = str().trimmed(entry.substr(0, begin));
+  const std::string_view after = entry.substr(end);
+  // A closing single quote is a quotation's only when no letter follows it ("Bodoni’s" is not).
+  const auto closingQuotes = [&](std::string_view t) {
+    size_t n = 0;
+    for (size_t at = t.find(kClose1); at != std::string_view::npos; at = t.find(kClose1, at + kClose1.size())) {
+      const size_t next = at + kClose1.size();
+      if (next >= t.size() || !std::isalpha(static_cast<unsigned char>(t[next]))) ++n;
+    }
+    return n;
+  };
+  if (before.ends_with(kOpen1) && closingQuotes(title) > count(title, kOpen1) && !title.starts_with(kOpen1)) {
+    title.insert(0, kOpen1);
+    before.remove_suffix(kOpen1.size());
+  }
+  if (count(title, "(") > count(title, ")") && str().trimmed(after).starts_with(")")) title += ")";
+  const bool doubleQuoted = str().trimmed(before).ends_with(kOpen2) || str().trimmed(before).ends_with("\"");
+  if (doubleQuoted && count(title, kOpen1) > 0 && count(title, kOpen1) == closingQuotes(title)) {
+    std::string out;
+    size_t at = 0;
+    while (at < title.size()) {
+      if (std::string_view(title).substr(at).starts_with(kOpen1)) {
+        out += kOpen2;
+        at += kOpen1.size();
+      } else if (std::string_view(title).substr(at).starts_with(kClose1) &&
+                 (at + kClose1.size() >= title.size() ||
+                  !std::isalpha(static_cast<unsigned char>(title[at + kClose1.size()])))) {
+        out += kClose2;
+        at += kClose1.size();
+      } else {
+        out += title[at++];
+      }
+    }
+    title = out;
+  }
+  return title;
+}
+
 // "Jones, K." with the full stop that ends a title or a name list taken off,
 // unless it closes an initial ("K.") or an abbreviation.
 std::string withoutClosingStop(std::string text) {
@@ -428,7 +495,7 @@ std::vector<std::string> wordsLost(std::string_view typed, const LabelledEntry& 
 std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader::Reading& reading) {
   LabelledEntry out;
   Rewrites& rw = out.rewrites;
-  const std::string title = withoutClosingStop(first(reading, entry, Label::Title));
+  const std::string title = titleWithItsMarks(withoutClosingStop(first(reading, entry, Label::Title)), entry, reading);
   const std::string date = dateOf(reading, entry, rw);
   if (title.empty() || date.empty()) return std::nullopt;
   std::string authorText = namesSpan(reading, entry, Label::Author);
@@ -530,6 +597,7 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
   } else if (!url.empty()) {
     apa += " Retrieved from " + url;
   }
+  out.fields = {title, container, volume, issue, pages, publisher, place};
   out.apa = apa;
   out.type = periodical ? 1 : 0;
   out.notes = notesOf(reading, entry);

@@ -18,6 +18,11 @@ namespace quillpaper {
 // "[Internet]"), initials written out or run together, an abbreviated page
 // range written whole, month names written out.
 struct LabelledEntry {
+  // What the reader read, part by part, as typed (pages written whole).
+  struct Fields {
+    std::string title, container, volume, issue, pages, publisher, place;
+  };
+  Fields fields;
   std::string apa;    // the entry for the APA rules to read
   std::string notes;  // what it says beyond APA's fields, written after the entry as typed
   int type = 0;       // from the labels: 1 for an article in a periodical, else 0

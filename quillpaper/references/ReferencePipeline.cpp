@@ -182,6 +182,36 @@ bool plausibleNames(const std::vector<PersonName>& names) {
   });
 }
 
+// Letters and digits alone, in lower case: parts compared as a reader compares them.
+std::string bare(std::string_view s) {
+  std::string out;
+  for (char c : s)
+    if (std::isalnum(static_cast<unsigned char>(c)) || static_cast<unsigned char>(c) >= 0x80)
+      out += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return out;
+}
+
+// Whether the rules, reading the APA form, found the parts the reader read.
+bool readsBack(const FormattedReference& r, const LabelledEntry::Fields& f) {
+  const std::pair<const std::string*, const std::string*> parts[] = {
+      {&r.title, &f.title},     {&r.containerTitle, &f.container}, {&r.volume, &f.volume},
+      {&r.issue, &f.issue},     {&r.pages, &f.pages},              {&r.publisher, &f.publisher},
+      {&r.place, &f.place}};
+  return std::all_of(std::begin(parts), std::end(parts), [](const auto& p) { return bare(*p.first) == bare(*p.second); });
+}
+
+// The parts as the reader read them, for the fields reported (the rules'
+// DOI, address and edition stand: they are written as APA writes them).
+void reportFields(FormattedReference& r, const LabelledEntry::Fields& f) {
+  r.title = f.title;
+  r.containerTitle = f.container;
+  r.volume = f.volume;
+  r.issue = f.issue;
+  r.pages = f.pages;
+  r.publisher = f.publisher;
+  r.place = f.place;
+}
+
 // Whether the entry is one the personal-communication rule is for.
 bool isPersonalCommunication(std::string_view entry) {
   const std::string lower = str().lower(entry);
@@ -255,6 +285,11 @@ FormattedReference ReferencePipeline::formatAsLabelled(std::string_view entry, F
     r.problems.push_back("read as another citation style, " + std::move(why));
     return std::move(r);
   };
+  // The rules read the APA form back: where they read a part otherwise than
+  // the reader did, the form says something the reader did not mean.
+  const bool readBack = readsBack(r, labelled->fields);
+  reportFields(r, labelled->fields);
+  if (!readBack) return keptAsTyped("its APA form reads back otherwise");
   if (reading.confidence < options_.readerThreshold) return keptAsTyped("too uncertainly to be trusted");
   if (splitsPhrase(text, reading)) return keptAsTyped("its parts would cut a phrase in two");
   // The rules kept every word of the APA form; that form keeps every typed word.

@@ -101,6 +101,40 @@ TEST(LearnedReaderTest, InitialsTypedTogetherStay) {
   EXPECT_NE(f.text().find("K.S."), std::string::npos) << f.text();
 }
 
+// The title as the reader read it, with the marks other styles put around
+// it sorted out. Catches a parenthesis or an opening quote left behind, an
+// inner quotation left in single quotes once the outer ones go, and an APA
+// form the rules read back otherwise than the reader read it written anyway.
+TEST(LearnedReaderTest, TitlesKeepTheirMarks) {
+  std::string problem;
+  const quillreader::Model* model = readerModel(problem);
+  ASSERT_TRUE(model) << problem;
+  ReferencePipeline pipeline(testing::session(), {.edition = 6, .reader = model, .readerThreshold = kReaderThreshold});
+  struct Row {
+    const char* typed;
+    const char* title;
+    bool written;
+  };
+  const Row rows[] = {
+      {"Fogarty, M. (2016) How to diagram a sentence (absolute basics). YouTube. Available at: "
+       "https://youtube.be/deiEY5Yq1ql.",
+       "How to diagram a sentence (absolute basics)", true},
+      {"Eliason, C. (2015) \u201cA history of the \u2018Humanist\u2019 type classification,\u201d Printing History, 18, "
+       "pp. 3\u201320.",
+       "A history of the \u201cHumanist\u201d type classification", true},
+      {"Anonymous (1991) \u201cA letter from Bodoni\u2019s widow,\u201d Printing History, 14(1).",
+       "A letter from Bodoni\u2019s widow", true},
+      // The APA form would read "A study (part one. Journal of Things" as one title.
+      {"Lee, A. (2016) A study (part one. Journal of Things, 3, pp. 4\u20135.", "A study (part one", false},
+  };
+  for (const Row& r : rows) {
+    const FormattedReference f = pipeline.format(r.typed, 1);
+    EXPECT_EQ(f.reader, "learned") << r.typed;
+    EXPECT_EQ(f.title, r.title) << r.typed;
+    EXPECT_EQ(f.ok(), r.written) << r.typed << "\n" << f.text();  // not written: kept as typed, and said so
+  }
+}
+
 // Entries fuzzing found the learned path damaging: each comes out whole or as typed.
 TEST(LearnedReaderTest, FuzzFindingsKeepEveryWord) {
   std::string problem;

@@ -171,17 +171,46 @@ bool writtenOut(std::string_view word) {
   return lower;
 }
 
+// Vancouver's initials: "MH", "D", and "H-H" for a hyphenated given name.
 bool isInitials(std::string_view word) {
+  if (word.size() == 3 && word[1] == '-')
+    return std::isupper(static_cast<unsigned char>(word[0])) && std::isupper(static_cast<unsigned char>(word[2]));
   return !word.empty() && word.size() <= 3 && std::all_of(word.begin(), word.end(), [](char c) {
     return std::isupper(static_cast<unsigned char>(c));
   });
 }
 
-// "MH" as "M. H.".
+// "MH" as "M. H.", "H-H" as "H.-H.".
 std::string dotted(std::string_view initials) {
   std::string out;
-  for (char c : initials) out += (out.empty() ? "" : " ") + std::string(1, c) + ".";
+  for (char c : initials) {
+    if (c == '-') {
+      out += "-";
+      continue;
+    }
+    out += (out.empty() || out.back() == '-' ? "" : " ") + std::string(1, c) + ".";
+  }
   return out;
+}
+
+// A group's name ("U.S. Department of Health and Human Services",
+// "Associated Press"): no comma, and a word that names an organisation.
+bool isGroupName(std::string_view text) {
+  if (text.find(',') != std::string_view::npos) return false;
+  static const char* const kWords[] = {
+      "department", "services", "service", "press", "association", "university", "institute", "society",
+      "council", "organization", "organisation", "agency", "office", "committee", "center", "centre",
+      "bureau", "ministry", "foundation", "inc", "corporation", "company", "group", "museum", "library",
+      "county", "government", "commission", "board", "administration", "federation", "union", "network",
+      "laboratory", "hospital", "school", "college", "academy", "trust", "consortium", "coalition",
+      "alliance", "authority", "team", "project", "news", "staff", "panel", "taskforce", "nations"};
+  for (const std::string& w : str().split(str().lower(text), " ", -1)) {
+    std::string word = w;
+    while (!word.empty() && !std::isalpha(static_cast<unsigned char>(word.back()))) word.pop_back();
+    for (const char* k : kWords)
+      if (word == k) return true;
+  }
+  return false;
 }
 
 // "David P. Cornell", "T. Harlow", "Ludwig van Beethoven": given names, then
@@ -220,6 +249,10 @@ NameList namesOf(std::string text, Rewrites& rewrites) {
   for (std::string_view etAl : {", et al.", " et al.", ", et al", " et al"})
     if (str().stripTrailing(text, etAl)) list.etAl = true;
   text = withoutClosingStop(text);
+  if (isGroupName(text)) {
+    list.names.push_back({text, "", ""});
+    return list;
+  }
   std::string joined = text;
   for (std::string_view sep : {"; ", ", and ", " and ", ", & ", " & "})
     for (size_t at = joined.find(sep); at != std::string::npos; at = joined.find(sep)) joined.replace(at, sep.size(), ", ");

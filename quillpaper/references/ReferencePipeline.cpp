@@ -182,6 +182,18 @@ bool plausibleNames(const std::vector<PersonName>& names) {
   });
 }
 
+// A word the reader left out of the part on both its sides ("and N. E.
+// Wiseman" with "N" alone unlabelled) belongs to that part.
+quillreader::Reading withGapsFilled(quillreader::Reading r, std::string_view entry) {
+  using quillreader::Label;
+  for (size_t i = 1; i + 1 < r.labels.size(); ++i) {
+    if (r.labels[i] != Label::Other || r.labels[i - 1] == Label::Other || r.labels[i - 1] != r.labels[i + 1]) continue;
+    const unsigned char c = static_cast<unsigned char>(entry[r.tokens[i].begin]);
+    if (std::isalpha(c) || c >= 0x80) r.labels[i] = r.labels[i - 1];
+  }
+  return r;
+}
+
 // Letters and digits alone, in lower case: parts compared as a reader compares them.
 std::string bare(std::string_view s) {
   std::string out;
@@ -266,7 +278,7 @@ FormattedReference ReferencePipeline::formatAsLabelled(std::string_view entry, F
     numbering = m[1].str();
     text.erase(0, static_cast<size_t>(m.length(0)));
   }
-  const quillreader::Reading reading = options_.reader->read(text);
+  const quillreader::Reading reading = withGapsFilled(options_.reader->read(text), text);
   rules.readerConfidence = reading.confidence;
   std::optional<LabelledEntry> labelled = apaFormOf(text, reading);
   if (!labelled) return unsure("read as another citation style, it has no title or no date");

@@ -135,6 +135,37 @@ TEST(LearnedReaderTest, TitlesKeepTheirMarks) {
   }
 }
 
+// Names as other styles write them. Catches a group's name split at its
+// "and", a word of a name the reading left out splitting the list, and
+// hyphenated Vancouver initials lost.
+TEST(LearnedReaderTest, NamesAsTheyAre) {
+  std::string problem;
+  const quillreader::Model* model = readerModel(problem);
+  ASSERT_TRUE(model) << problem;
+  ReferencePipeline pipeline(testing::session(), {.edition = 6, .reader = model, .readerThreshold = kReaderThreshold});
+  struct Row {
+    const char* typed;
+    const char* names;  // "Family, Given; ..."
+  };
+  const Row rows[] = {
+      {"Wilkes, A. J., and N. E. Wiseman. 1982. \u201cA Soft-Edged Character Set and Its Derivation.\u201d The Computer "
+       "Journal 25(1):140\u201347.",
+       "Wilkes, A. J.; Wiseman, N. E."},
+      {"U.S. Department of Health and Human Services. 1992. Pressure Ulcers in Adults: Prediction and Prevention. "
+       "Rockville, MD: U.S. Department of Health and Human Services.",
+       "U.S. Department of Health and Human Services, "},
+      {"1. Asselin D, Arsenault H-H, Prevost D. Optical circular sampling system for translation and rotation "
+       "invariant pattern recognition. Optics Communications. 1994;107:1-5.",
+       "Asselin, D.; Arsenault, H.-H.; Prevost, D."},
+  };
+  for (const Row& r : rows) {
+    const FormattedReference f = pipeline.format(r.typed, 1);
+    std::string names;
+    for (const PersonName& n : f.authors) names += (names.empty() ? "" : "; ") + n.family + ", " + n.given;
+    EXPECT_EQ(names, r.names) << r.typed;
+  }
+}
+
 // Entries fuzzing found the learned path damaging: each comes out whole or as typed.
 TEST(LearnedReaderTest, FuzzFindingsKeepEveryWord) {
   std::string problem;

@@ -194,6 +194,37 @@ quillreader::Reading withGapsFilled(quillreader::Reading r, std::string_view ent
   return r;
 }
 
+// A title that ends in a year or a range of them ("… printing in 1994",
+// "Origins and development, 1776–1993"), which the reader took for the
+// work's date although the entry has another: the numbers are the title's.
+quillreader::Reading withTitleThroughItsYears(quillreader::Reading r, std::string_view entry) {
+  using quillreader::Label;
+  const size_t n = r.labels.size();
+  size_t end = 0;  // one past the title's first stretch
+  while (end < n && r.labels[end] != Label::Title) ++end;
+  if (end == n) return r;
+  while (end < n && r.labels[end] == Label::Title) ++end;
+  const auto text = [&](size_t k) { return entry.substr(r.tokens[k].begin, r.tokens[k].end - r.tokens[k].begin); };
+  size_t stop = end;
+  bool year = false;
+  while (stop < n && (r.labels[stop] == Label::Date || r.labels[stop] == Label::Other)) {
+    const std::string_view t = text(stop);
+    if (t == "." || t == "(" || t == ")" || t == "[" || t == "]" || t == ";" || t == ":") break;
+    year = year || (r.labels[stop] == Label::Date && std::isdigit(static_cast<unsigned char>(t[0])));
+    ++stop;
+  }
+  while (stop > end && text(stop - 1) == ",") --stop;
+  if (!year || stop == end) return r;
+  // The work's date is elsewhere: a date token outside the stretch.
+  bool another = false;
+  for (size_t k = 0; k < n; ++k)
+    another = another || (r.labels[k] == Label::Date && (k < end || k >= stop) &&
+                          std::isdigit(static_cast<unsigned char>(text(k)[0])));
+  if (!another) return r;
+  for (size_t k = end; k < stop; ++k) r.labels[k] = Label::Title;
+  return r;
+}
+
 // Letters and digits alone, in lower case: parts compared as a reader compares them.
 std::string bare(std::string_view s) {
   std::string out;
@@ -278,7 +309,7 @@ FormattedReference ReferencePipeline::formatAsLabelled(std::string_view entry, F
     numbering = m[1].str();
     text.erase(0, static_cast<size_t>(m.length(0)));
   }
-  const quillreader::Reading reading = withGapsFilled(options_.reader->read(text), text);
+  const quillreader::Reading reading = withTitleThroughItsYears(withGapsFilled(options_.reader->read(text), text), text);
   rules.readerConfidence = reading.confidence;
   std::optional<LabelledEntry> labelled = apaFormOf(text, reading);
   if (!labelled) return unsure("read as another citation style, it has no title or no date");

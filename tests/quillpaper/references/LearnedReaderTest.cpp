@@ -102,7 +102,8 @@ TEST(LearnedReaderTest, InitialsTypedTogetherStay) {
 }
 
 // The title as the reader read it, with the marks other styles put around
-// it sorted out. Catches a parenthesis or an opening quote left behind, an
+// it sorted out. Catches a parenthesis or an opening quote left behind, a
+// title cut before its closing year, an
 // inner quotation left in single quotes once the outer ones go, and an APA
 // form the rules read back otherwise than the reader read it written anyway.
 TEST(LearnedReaderTest, TitlesKeepTheirMarks) {
@@ -124,6 +125,11 @@ TEST(LearnedReaderTest, TitlesKeepTheirMarks) {
        "A history of the \u201cHumanist\u201d type classification", true},
       {"Anonymous (1991) \u201cA letter from Bodoni\u2019s widow,\u201d Printing History, 14(1).",
        "A letter from Bodoni\u2019s widow", true},
+      // A year at the title's end is the title's when the work's date is elsewhere.
+      {"Lee A. Sleep in the city: A survey of naps in 1994. Journal of Things. 1995;3:4-5.",
+       "Sleep in the city: A survey of naps in 1994", false},
+      {"Moore SM, Nelson M (1994) The night shift: Origins and development, 1776\u20131993, 2nd edn. CQ Press",
+       "The night shift: Origins and development, 1776\u20131993", false},
       // The APA form would read "A study (part one. Journal of Things" as one title.
       {"Lee, A. (2016) A study (part one. Journal of Things, 3, pp. 4\u20135.", "A study (part one", false},
   };

@@ -573,6 +573,7 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
     elidedNames(list, style, rw);
     std::string names = formatNames(list, style);
     apa = sentence(names) + " " + date + ". " + sentence(title);
+    out.fields.authors = list.names;
   } else if (!str().trimmed(editorText).empty() && !chapter) {
     // An edited work: its editors in the authors' place, "(Eds.)" after them.
     const NameList list = namesOf(clean(editorText), rw);
@@ -581,6 +582,7 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
     editorsLabels(rw);
     apa = formatNames(list, style) + (list.names.size() > 1 ? " (Eds.). " : " (Ed.). ") + date + ". " +
           sentence(title);
+    out.fields.editors = list.names;
   } else {
     apa = sentence(title) + " " + date + ".";
   }
@@ -595,6 +597,7 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
     const NameList editors = namesOf(clean(editorText), rw);
     editorsLabels(rw);
     afterTitle.push_back(givenFirst(editors) + (editors.names.size() > 1 ? ", Eds." : ", Ed."));
+    out.fields.editors = editors.names;
   }
   if (!afterTitle.empty()) {
     if (apa.ends_with(".")) apa.pop_back();
@@ -612,6 +615,7 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
     // A chapter or a paper in proceedings: "In E. Editor (Ed.), Book (pp. x–y). Place: Publisher."
     NameList editors = editorText.empty() ? NameList{} : namesOf(clean(editorText), rw);
     if (!editors.names.empty()) editorsLabels(rw);
+    out.fields.editors = editors.names;
     apa += " In ";
     if (!editors.names.empty()) apa += givenFirst(editors) + (editors.names.size() > 1 ? " (Eds.), " : " (Ed.), ");
     std::vector<std::string> where;
@@ -630,7 +634,13 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
   } else if (!url.empty()) {
     apa += " Retrieved from " + url;
   }
-  out.fields = {title, container, volume, issue, pages, publisher, place};
+  out.fields.title = title;
+  out.fields.container = container;
+  out.fields.volume = volume;
+  out.fields.issue = issue;
+  out.fields.pages = pages;
+  out.fields.publisher = publisher;
+  out.fields.place = place;
   out.apa = apa;
   out.type = periodical ? 1 : 0;
   out.notes = notesOf(reading, entry);

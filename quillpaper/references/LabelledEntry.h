@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "quillpaper/references/AuthorNames.h"
 #include "quillpaper/references/WordAudit.h"
 #include "reader/ReferenceReader.h"
 
@@ -21,6 +22,7 @@ struct LabelledEntry {
   // What the reader read, part by part, as typed (pages written whole).
   struct Fields {
     std::string title, container, volume, issue, pages, publisher, place;
+    std::vector<PersonName> authors, editors;
   };
   Fields fields;
   std::string apa;    // the entry for the APA rules to read

@@ -240,7 +240,15 @@ bool readsBack(const FormattedReference& r, const LabelledEntry::Fields& f) {
       {&r.title, &f.title},     {&r.containerTitle, &f.container}, {&r.volume, &f.volume},
       {&r.issue, &f.issue},     {&r.pages, &f.pages},              {&r.publisher, &f.publisher},
       {&r.place, &f.place}};
-  return std::all_of(std::begin(parts), std::end(parts), [](const auto& p) { return bare(*p.first) == bare(*p.second); });
+  // (Of eight names or more, APA 6 writes the first six and the last.)
+  const auto families = [](const std::vector<PersonName>& names) {
+    std::string out;
+    for (size_t k = 0; k < names.size(); ++k)
+      if (names.size() < 8 || k < 6 || k + 1 == names.size()) out += bare(names[k].family) + "|";
+    return out;
+  };
+  return std::all_of(std::begin(parts), std::end(parts), [](const auto& p) { return bare(*p.first) == bare(*p.second); }) &&
+         families(r.authors) == families(f.authors) && families(r.editors) == families(f.editors);
 }
 
 // The parts as the reader read them, for the fields reported (the rules'
@@ -253,6 +261,8 @@ void reportFields(FormattedReference& r, const LabelledEntry::Fields& f) {
   r.pages = f.pages;
   r.publisher = f.publisher;
   r.place = f.place;
+  r.authors = f.authors;
+  r.editors = f.editors;
 }
 
 // Whether the entry is one the personal-communication rule is for.

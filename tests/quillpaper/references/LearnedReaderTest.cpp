@@ -164,12 +164,18 @@ TEST(LearnedReaderTest, NamesAsTheyAre) {
        "invariant pattern recognition. Optics Communications. 1994;107:1-5.",
        "Asselin, D.; Arsenault, H.-H.; Prevost, D."},
   };
-  for (const Row& r : rows) {
-    const FormattedReference f = pipeline.format(r.typed, 1);
+  const auto joined = [](const std::vector<PersonName>& list) {
     std::string names;
-    for (const PersonName& n : f.authors) names += (names.empty() ? "" : "; ") + n.family + ", " + n.given;
-    EXPECT_EQ(names, r.names) << r.typed;
-  }
+    for (const PersonName& n : list) names += (names.empty() ? "" : "; ") + n.family + ", " + n.given;
+    return names;
+  };
+  for (const Row& r : rows) EXPECT_EQ(joined(pipeline.format(r.typed, 1).authors), r.names) << r.typed;
+  // The editors as the reader read them.
+  const FormattedReference chapter = pipeline.format(
+      "Lee, Anna. \u201cNaps at Noon.\u201d In The Book of Sleep, edited by Christopher Ricks and William L. Vance, "
+      "24\u201326. London: Faber and Faber, 1992.",
+      1);
+  EXPECT_EQ(joined(chapter.editors), "Ricks, Christopher; Vance, William L.");
 }
 
 // Entries fuzzing found the learned path damaging: each comes out whole or as typed.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <map>
+#include <regex>
 
 #include "quillpaper/references/AuthorNames.h"
 #include "strings/StringUtility.h"
@@ -545,7 +546,18 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
     const std::string w(entry.substr(reading.tokens[i].begin, reading.tokens[i].end - reading.tokens[i].begin));
     if (allDigits(w)) rw.mayLose.push_back(w);
   }
-  const std::string editorText = namesSpan(reading, entry, Label::Editor);
+  std::string editorText = namesSpan(reading, entry, Label::Editor);
+  // Names followed by "(eds)", "(ed.)" or ", editors" are the editors of an
+  // edited work, however the reading labelled them.
+  if (!authorText.empty() && editorText.empty()) {
+    const size_t namesEnd = firstSpan(reading, Label::Author).second;
+    const std::string after = lowerEntry.substr(namesEnd, 16);
+    static const std::regex kEditors(R"(^\.?\s*(\(eds?\.?\)|,\s*eds?\.|,\s*editors?\b|\(hrsg\.?\)))");
+    if (std::regex_search(after, kEditors)) {
+      editorText = authorText;
+      authorText.clear();
+    }
+  }
   const std::string container = withoutClosingStop(first(reading, entry, Label::Container));
   const std::string volume = first(reading, entry, Label::Volume), issue = first(reading, entry, Label::Issue);
   const std::string pagesTyped = first(reading, entry, Label::Pages);

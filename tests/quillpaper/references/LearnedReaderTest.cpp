@@ -142,8 +142,9 @@ TEST(LearnedReaderTest, TitlesKeepTheirMarks) {
 }
 
 // Names as other styles write them. Catches a group's name split at its
-// "and", a word of a name the reading left out splitting the list, and
-// hyphenated Vancouver initials lost.
+// "and", a word of a name the reading left out splitting the list,
+// hyphenated or unlabelled Vancouver initials lost, and editors taken for
+// authors.
 TEST(LearnedReaderTest, NamesAsTheyAre) {
   std::string problem;
   const quillreader::Model* model = readerModel(problem);
@@ -163,6 +164,8 @@ TEST(LearnedReaderTest, NamesAsTheyAre) {
       {"1. Asselin D, Arsenault H-H, Prevost D. Optical circular sampling system for translation and rotation "
        "invariant pattern recognition. Optics Communications. 1994;107:1-5.",
        "Asselin, D.; Arsenault, H.-H.; Prevost, D."},
+      {"[1] Stotts PD, Furuta RK. Hypertext 2000: Databases or documents. Electronic Publishing 1991;4:119\u201321.",
+       "Stotts, P. D.; Furuta, R. K."},
   };
   const auto joined = [](const std::vector<PersonName>& list) {
     std::string names;
@@ -170,6 +173,11 @@ TEST(LearnedReaderTest, NamesAsTheyAre) {
     return names;
   };
   for (const Row& r : rows) EXPECT_EQ(joined(pipeline.format(r.typed, 1).authors), r.names) << r.typed;
+  // Names followed by "(eds)" are an edited work's editors.
+  const FormattedReference edited =
+      pipeline.format("Haney C, Wiener RL (eds) (2004) Sleep in the United States. Journal of Things 10:", 1);
+  EXPECT_EQ(joined(edited.editors), "Haney, C.; Wiener, R. L.");
+  EXPECT_TRUE(edited.authors.empty());
   // The editors as the reader read them.
   const FormattedReference chapter = pipeline.format(
       "Lee, Anna. \u201cNaps at Noon.\u201d In The Book of Sleep, edited by Christopher Ricks and William L. Vance, "

@@ -7,16 +7,22 @@
 namespace quillpaper {
 namespace {
 
+// The pipeline with the committed model, as quillpaper refs runs it.
+ReferencePipeline learnedPipeline(int edition) {
+  std::string problem;
+  const quillreader::Model* model = readerModel(problem);
+  if (!model) ADD_FAILURE() << problem;
+  return ReferencePipeline(testing::session(),
+                           {.edition = edition, .reader = model, .readerThreshold = kReaderThreshold});
+}
+
 // The same two works in ten citation styles, through the pipeline with the
 // committed model: what the learned reader reads comes out in APA form, what
 // it is unsure of comes out as typed, and APA input stays the rules'.
 // Catches a model or a conversion that reads a style it used to, and any
 // reading that would lose a typed word.
 TEST(LearnedReaderTest, TenStyles) {
-  std::string problem;
-  const quillreader::Model* model = readerModel(problem);
-  ASSERT_TRUE(model) << problem;
-  ReferencePipeline pipeline(testing::session(), {.edition = 7, .reader = model, .readerThreshold = kReaderThreshold});
+  ReferencePipeline pipeline = learnedPipeline(7);
   const char* kernis =
       "Kernis, M. H., Cornell, D. P., Sun, C.-R., Berry, A., & Harlow, T. (1993). There's more to self-esteem than "
       "whether it is high or low: The importance of stability of self-esteem. Journal of Personality and Social "
@@ -92,10 +98,7 @@ TEST(LearnedReaderTest, TenStyles) {
 // Initials typed together ("K.S.") are initials, not a given name to shorten:
 // the learned reading keeps both (a fuzz case lost the "S.").
 TEST(LearnedReaderTest, InitialsTypedTogetherStay) {
-  std::string problem;
-  const quillreader::Model* model = readerModel(problem);
-  ASSERT_TRUE(model) << problem;
-  ReferencePipeline pipeline(testing::session(), {.edition = 6, .reader = model, .readerThreshold = kReaderThreshold});
+  ReferencePipeline pipeline = learnedPipeline(6);
   const FormattedReference f =
       pipeline.format("Wolf, K.S. (2003)eamed environment.\u201d Some Journal, 2(1), 1\u201310.", 1);
   EXPECT_NE(f.text().find("K.S."), std::string::npos) << f.text();
@@ -107,10 +110,7 @@ TEST(LearnedReaderTest, InitialsTypedTogetherStay) {
 // inner quotation left in single quotes once the outer ones go, and an APA
 // form the rules read back otherwise than the reader read it written anyway.
 TEST(LearnedReaderTest, TitlesKeepTheirMarks) {
-  std::string problem;
-  const quillreader::Model* model = readerModel(problem);
-  ASSERT_TRUE(model) << problem;
-  ReferencePipeline pipeline(testing::session(), {.edition = 6, .reader = model, .readerThreshold = kReaderThreshold});
+  ReferencePipeline pipeline = learnedPipeline(6);
   struct Row {
     const char* typed;
     const char* title;
@@ -146,10 +146,7 @@ TEST(LearnedReaderTest, TitlesKeepTheirMarks) {
 // hyphenated or unlabelled Vancouver initials lost, and editors taken for
 // authors.
 TEST(LearnedReaderTest, NamesAsTheyAre) {
-  std::string problem;
-  const quillreader::Model* model = readerModel(problem);
-  ASSERT_TRUE(model) << problem;
-  ReferencePipeline pipeline(testing::session(), {.edition = 6, .reader = model, .readerThreshold = kReaderThreshold});
+  ReferencePipeline pipeline = learnedPipeline(6);
   struct Row {
     const char* typed;
     const char* names;  // "Family, Given; ..."
@@ -188,10 +185,7 @@ TEST(LearnedReaderTest, NamesAsTheyAre) {
 
 // Entries fuzzing found the learned path damaging: each comes out whole or as typed.
 TEST(LearnedReaderTest, FuzzFindingsKeepEveryWord) {
-  std::string problem;
-  const quillreader::Model* model = readerModel(problem);
-  ASSERT_TRUE(model) << problem;
-  ReferencePipeline pipeline(testing::session(), {.edition = 6, .reader = model, .readerThreshold = kReaderThreshold});
+  ReferencePipeline pipeline = learnedPipeline(6);
   for (const char* entry : {
            "Jap\x02nese funds. (1992). Barron.",
            "Psychoanalysis insti\x0fute to open. (1948, September 18).",

@@ -526,6 +526,20 @@ std::vector<std::string> wordsLost(std::string_view typed, const LabelledEntry& 
   return lost;
 }
 
+// A container that is a reference book rather than a periodical: an
+// encyclopedia, a dictionary, a handbook. (Not "proceedings" or "symposium":
+// periodicals bear those names too.)
+bool namesAWholeWork(std::string_view container) {
+  static const char* const kWords[] = {"encyclopedia", "encyclopaedia", "dictionary", "handbook"};
+  for (const std::string& w : str().split(str().lower(container), " ", -1)) {
+    std::string word = w;
+    while (!word.empty() && !std::isalpha(static_cast<unsigned char>(word.back()))) word.pop_back();
+    for (const char* k : kWords)
+      if (word == k) return true;
+  }
+  return false;
+}
+
 std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader::Reading& reading) {
   LabelledEntry out;
   Rewrites& rw = out.rewrites;
@@ -569,7 +583,8 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
 
   // A container with a publisher, or after "In", is the book a chapter or
   // paper is in (or the series a book is in); otherwise a periodical.
-  const bool periodical = !container.empty() && publisher.empty() && !afterIn(reading, entry);
+  const bool periodical =
+      !container.empty() && publisher.empty() && !afterIn(reading, entry) && !namesAWholeWork(container);
   const bool chapter = !container.empty() && !periodical;
   otherStylesLabels(rw, chapter, !volume.empty(), !issue.empty(), !pages.empty());
   AuthorStyle style;
@@ -654,7 +669,11 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
   out.fields.publisher = publisher;
   out.fields.place = place;
   out.apa = apa;
-  out.type = periodical ? 1 : 0;
+  // A volume or pages with neither a periodical's name nor a publisher: the
+  // reading missed the periodical's name ("Computer 1989;22:111–20").
+  const bool unnamedPeriodical = container.empty() && publisher.empty() && editorText.empty() &&
+                                 (!volume.empty() || !pages.empty()) && !afterIn(reading, entry);
+  out.type = periodical || unnamedPeriodical ? 1 : 0;
   out.notes = notesOf(reading, entry);
   return out;
 }

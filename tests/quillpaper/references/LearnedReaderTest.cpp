@@ -183,6 +183,19 @@ TEST(LearnedReaderTest, NamesAsTheyAre) {
   EXPECT_EQ(joined(chapter.editors), "Ricks, Christopher; Vance, William L.");
 }
 
+// The type from what the reading found. Catches an article whose journal
+// the reading missed taken for a book, and an encyclopedia entry taken for
+// an article.
+TEST(LearnedReaderTest, TypeFromTheParts) {
+  ReferencePipeline pipeline = learnedPipeline(6);
+  const std::pair<const char*, int> rows[] = {
+      {"Pappas TL. Product reviews \u2014 TeXnology on the IBM PC. Computer 1989;22:111\u201320.", 1},
+      {"1. Lee, A. Naps at noon. Sleepers 22, 111\u2013120 (1989).", 1},
+      {"1. Graham, G. Behaviourism. The Stanford encyclopedia of philosophy (2019).", 0},
+  };
+  for (const auto& [typed, type] : rows) EXPECT_EQ(pipeline.format(typed, 1).type, type) << typed;
+}
+
 // Entries fuzzing found the learned path damaging: each comes out whole or as typed.
 TEST(LearnedReaderTest, FuzzFindingsKeepEveryWord) {
   ReferencePipeline pipeline = learnedPipeline(6);

@@ -107,7 +107,7 @@ std::string titleWithItsMarks(std::string title, std::string_view entry, const q
   constexpr std::string_view kOpen2 = "\xe2\x80\x9c", kClose2 = "\xe2\x80\x9d";
   const auto [begin, end] = firstSpan(r, Label::Title);
   if (begin == end) return title;
-  std::string_view before = str().trimmed(entry.substr(0, begin));
+  std::string before = str().trimmed(entry.substr(0, begin));
   const std::string_view after = entry.substr(end);
   // A closing single quote is a quotation's only when no letter follows it ("Bodoni’s" is not).
   const auto closingQuotes = [&](std::string_view t) {
@@ -120,7 +120,7 @@ std::string titleWithItsMarks(std::string title, std::string_view entry, const q
   };
   if (before.ends_with(kOpen1) && closingQuotes(title) > count(title, kOpen1) && !title.starts_with(kOpen1)) {
     title.insert(0, kOpen1);
-    before.remove_suffix(kOpen1.size());
+    before.erase(before.size() - kOpen1.size());
   }
   if (count(title, "(") > count(title, ")") && str().trimmed(after).starts_with(")")) title += ")";
   const bool doubleQuoted = str().trimmed(before).ends_with(kOpen2) || str().trimmed(before).ends_with("\"");

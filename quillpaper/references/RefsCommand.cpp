@@ -33,7 +33,7 @@ constexpr const char* kUsage =
     "  docx      a References page: heading, hanging indent, double spacing, in APA order\n"
     "A reference typed in another citation style (MLA, Chicago, Vancouver, IEEE, Harvard, ...)\n"
     "is read by the learned reader; it is rewritten only when the reader is at least as sure as\n"
-    "--reader-threshold (default 70; a reading under it is kept as typed, with the fields read).\n"
+    "--reader-threshold (default 50; a reading under it is kept as typed, with the fields read).\n"
     "No word you typed is lost: a reference that cannot be made sense of, or whose APA form\n"
     "would lose or add a word, is kept as typed and reported on standard error with its line\n"
     "number and the reason. --sort orders the list as APA orders a reference list (the .docx is\n"

@@ -127,7 +127,7 @@ TEST(LearnedReaderTest, TitlesKeepTheirMarks) {
        "A letter from Bodoni\u2019s widow", true},
       // A year at the title's end is the title's when the work's date is elsewhere.
       {"Lee A. Sleep in the city: A survey of naps in 1994. Journal of Things. 1995;3:4-5.",
-       "Sleep in the city: A survey of naps in 1994", false},
+       "Sleep in the city: A survey of naps in 1994", true},
       {"Moore SM, Nelson M (1994) The night shift: Origins and development, 1776\u20131993, 2nd edn. CQ Press",
        "The night shift: Origins and development, 1776\u20131993", false},
       // The APA form would read "A study (part one. Journal of Things" as one title.

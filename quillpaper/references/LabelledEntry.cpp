@@ -366,11 +366,43 @@ std::string editionOf(const std::string& typed, Rewrites& rewrites) {
 // "In" only before a book APA writes after its own "In"; a part's label only with the part ("p. 5" read as no pages has lost them);
 // not the editors' ("Ed.", "edited by"), which editorsLabels declares once
 // the editors are written.
-void otherStylesLabels(Rewrites& rewrites, bool chapter, bool volume, bool issue, bool pages) {
+// Access statements ("Available at:", "Retrieved May 5, 2010, from",
+// "[cited 2010 May 5]. Available from:") stand just before an address or in
+// brackets: their words are the statement's only there ("(2000)from." keeps
+// its "from").
+std::vector<std::string> accessStatementWords(std::string_view entry) {
+  static const char* const kWords[] = {"available", "at", "from", "online", "internet", "accessed",
+                                       "cited", "retrieved", "viewed", "via"};
+  const auto isAccessWord = [](const std::string& w) {
+    return std::any_of(std::begin(kWords), std::end(kWords), [&](const char* k) { return w == k; });
+  };
+  std::vector<std::string> words;
+  const std::vector<std::string> all = str().split(str().lower(entry), " ", -1);
+  const auto bare = [](std::string w) {
+    while (!w.empty() && !std::isalnum(static_cast<unsigned char>(w.back()))) w.pop_back();
+    while (!w.empty() && !std::isalnum(static_cast<unsigned char>(w.front()))) w.erase(0, 1);
+    return w;
+  };
+  bool bracket = false;
+  for (size_t k = 0; k < all.size(); ++k) {
+    const std::string& raw = all[k];
+    if (raw.starts_with("[")) bracket = true;
+    const std::string w = bare(raw);
+    bool access = bracket;
+    for (size_t j = k + 1; j < all.size() && j <= k + 6 && !access; ++j)
+      access = all[j].starts_with("http") || all[j].starts_with("www.") || all[j].starts_with("doi") ||
+               all[j].starts_with("10.") || all[j].starts_with("<http");
+    if (access && isAccessWord(w)) words.push_back(w);
+    if (raw.ends_with("]") || raw.ends_with("].")) bracket = false;
+  }
+  return words;
+}
+
+void otherStylesLabels(Rewrites& rewrites, std::string_view entry, bool chapter, bool volume, bool issue,
+                       bool pages) {
   if (chapter) rewrites.mayLose.push_back("in");  // APA writes its own "In"
-  for (const char* w : {"available", "at", "from", "online", "internet", "accessed", "cited", "retrieved",
-                        "viewed", "edn", "edition", "doi", "url"})
-    rewrites.mayLose.push_back(w);
+  for (const char* w : {"edn", "edition", "doi", "url"}) rewrites.mayLose.push_back(w);
+  for (std::string& w : accessStatementWords(entry)) rewrites.mayLose.push_back(std::move(w));
   if (volume)
     for (const char* w : {"vol", "volume"}) rewrites.mayLose.push_back(w);
   if (issue)
@@ -586,7 +618,7 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
   const bool periodical =
       !container.empty() && publisher.empty() && !afterIn(reading, entry) && !namesAWholeWork(container);
   const bool chapter = !container.empty() && !periodical;
-  otherStylesLabels(rw, chapter, !volume.empty(), !issue.empty(), !pages.empty());
+  otherStylesLabels(rw, entry, chapter, !volume.empty(), !issue.empty(), !pages.empty());
   AuthorStyle style;
   style.initialsOnly = true;
   std::string apa;

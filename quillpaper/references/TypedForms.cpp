@@ -13,7 +13,7 @@ namespace {
 
 const QuillStrings::StringUtility& str() { return QuillStrings::strings(); }
 
-char asciiLower(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
+char asciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isAlnum(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0; }
 
@@ -28,15 +28,12 @@ bool endsWithNoCase(std::string_view text, std::string_view suffix) {
   return text.size() >= suffix.size() && startsWithNoCase(text.substr(text.size() - suffix.size()), suffix);
 }
 
-std::string asciiLowerCopy(std::string_view text) {
-  std::string out(text);
-  for (char& c : out) c = asciiLower(c);
-  return out;
-}
-
 // The position of the last `part` in `text`, case aside, or npos.
 size_t rfindNoCase(std::string_view text, std::string_view part) {
-  return asciiLowerCopy(text).rfind(asciiLowerCopy(part));
+  if (part.size() > text.size()) return std::string_view::npos;
+  for (size_t at = text.size() - part.size() + 1; at-- > 0;)
+    if (startsWithNoCase(text.substr(at), part)) return at;
+  return std::string_view::npos;
 }
 
 bool isLink(std::string_view word) {

@@ -323,29 +323,40 @@ WordAudit auditWords(std::string_view typed, std::string_view written, const Rew
   return audit;
 }
 
-// Whether `written` is `typed` or, as APA writes a given name, its initials
-// ("david" as "d.", "chik-wai" as "c.-w.").
-bool sameOrInitials(const std::string& typed, const std::string& written) {
-  if (typed == written) return true;
-  std::string initials, letters;
+// A typed word's initials as APA writes a given name ("david" "d",
+// "chik-wai" "c-w"), and a written word without its full stops ("c.-w."
+// "c-w"): a written word matches a typed one when it is the same or, shorter,
+// its initials.
+std::string typedInitials(const std::string& typed) {
+  std::string initials;
   bool start = true;
   for (char c : typed) {
     if (c == '-') initials += '-';
     else if (start) initials += c;
     start = c == '-';
   }
+  return initials;
+}
+
+std::string withoutStops(const std::string& written) {
+  std::string letters;
   for (char c : written)
     if (c != '.') letters += c;
-  return typed.size() > letters.size() && !letters.empty() && letters == initials;
+  return letters;
 }
 
 bool keepsWordOrder(std::string_view typed, std::string_view written, size_t slack) {
   const std::vector<std::string> a = wordsOf(typed), b = wordsOf(written);
+  std::vector<std::string> initials(a.size()), letters(b.size());
+  std::transform(a.begin(), a.end(), initials.begin(), typedInitials);
+  std::transform(b.begin(), b.end(), letters.begin(), withoutStops);
+  const auto same = [&](size_t i, size_t j) {
+    return a[i] == b[j] || (a[i].size() > letters[j].size() && !letters[j].empty() && letters[j] == initials[i]);
+  };
   // The longest common subsequence of the two word sequences.
   std::vector<size_t> row(b.size() + 1, 0), next(b.size() + 1, 0);
   for (size_t i = 0; i < a.size(); ++i) {
-    for (size_t j = 0; j < b.size(); ++j)
-      next[j + 1] = sameOrInitials(a[i], b[j]) ? row[j] + 1 : std::max(row[j + 1], next[j]);
+    for (size_t j = 0; j < b.size(); ++j) next[j + 1] = same(i, j) ? row[j] + 1 : std::max(row[j + 1], next[j]);
     std::swap(row, next);
   }
   return row[b.size()] + slack >= a.size();

@@ -206,6 +206,9 @@ TEST(LearnedReaderTest, FuzzFindingsKeepEveryWord) {
            "Mackenzie and Harris. (1935) DCentaur and Arrighi: Font sizes and prices. San Francisco: Mackenzie and "
            "Harris.",
            "Chark, M (Ed-.). *1984) .oCastam researcich, UK: Geo Books.",
+           // A "from" that is no access statement's ("Available from:") is no label to drop.
+           "Schiraldi, G. R. (2000)from. The post-traumatic stress disorder sourcebook: A guide to healing, recovery, "
+           "and growth [Adobe Digital Editions version]. https://doi.org/10.1036/0071393722",
            // Two stretches read as names ("Reaves J." and "Time.") are not one name across them.
            "1. Reaves J. A weighty (with james rosen. Time. 2001 Mar 14. http://www.time.com/time/nation/article/"
            "0,8599,102443,00.html",

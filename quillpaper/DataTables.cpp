@@ -154,8 +154,15 @@ std::shared_ptr<doc::TableBlock> descriptivesTable(const DataTableRequest& q, in
   return t.render(number);
 }
 
+// A correlation matrix wider than this would not fit a page's width.
+constexpr size_t kMostCorrelated = 20;
+
 std::shared_ptr<doc::TableBlock> correlationTable(const DataTableRequest& q, int number) {
-  const Correlations c = correlate(q.data, q.columns, q.missing);
+  const std::vector<std::string> columns = q.columns.empty() ? numericColumns(q.data, {}) : q.columns;
+  if (columns.size() > kMostCorrelated)
+    throw DataError("a correlation table of " + std::to_string(columns.size()) + " columns would not fit a page; " +
+                    "name " + std::to_string(kMostCorrelated) + " at most with --columns=A,B,...");
+  const Correlations c = correlate(q.data, columns, q.missing);
   const size_t k = c.variables.size();
   Layout t(std::string("Means, Standard Deviations, and Correlations") + (q.intervals ? " With Confidence Intervals" : ""),
            static_cast<int>(k) + 3);

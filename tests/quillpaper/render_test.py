@@ -548,6 +548,8 @@ class DataTablesTest(unittest.TestCase):
             ("y,a\n1,2\n3,x\n4,5\n", ["correlation"], 'line 3, column "a": "x" is not a number'),
             ("y,a,b\n1,1,2\n2,2,4\n3,3,6\n4,5,10\n", ["regression", "--dv=y", "--iv=a,b"], "perfectly collinear"),
             ("y,g\n1,a\n2,a\n", ["ttest", "--dv=y", "--by=g"], 'a t test compares two groups; "g" has 1'),
+            (",".join(f"x{k}" for k in range(21)) + "\n" + ",".join(str(k) for k in range(21)) + "\n",
+             ["correlation"], "a correlation table of 21 columns would not fit a page"),
         ]
         for content, args, message in cases:
             data = os.path.join(self.workdir, "bad.csv")

@@ -41,12 +41,6 @@ std::vector<size_t> columnsOf(const CsvReader& csv, const std::vector<std::strin
   return out;
 }
 
-std::string trimmed(std::string_view s) {
-  while (!s.empty() && s.front() == ' ') s.remove_prefix(1);
-  while (!s.empty() && s.back() == ' ') s.remove_suffix(1);
-  return std::string(s);
-}
-
 std::string joined(const std::vector<std::string>& items) {
   std::string out;
   for (const std::string& s : items) out += (out.empty() ? "" : ", ") + s;
@@ -154,7 +148,7 @@ Descriptives describe(const std::filesystem::path& file, std::vector<std::string
     ++d.rows;
     for (size_t k = 0; k < columns.size(); ++k) values[k] = csv.number(columns[k]);
     if (!by.empty() && csv.missing(group)) continue;
-    std::vector<Moments>& cell = cells[by.empty() ? std::string() : trimmed(csv.field(group))];
+    std::vector<Moments>& cell = cells[by.empty() ? std::string() : std::string(csv.text(group))];
     cell.resize(columns.size());
     for (size_t k = 0; k < columns.size(); ++k)
       if (!std::isnan(values[k])) cell[k].add(values[k]);
@@ -394,7 +388,7 @@ Anova anova(const std::filesystem::path& file, const std::string& dv, const std:
     bool complete = !std::isnan(y);
     for (size_t f = 0; f < between.size(); ++f) {
       complete = complete && !csv.missing(factorColumns[f]);
-      key[f] = trimmed(csv.field(factorColumns[f]));
+      key[f] = csv.text(factorColumns[f]);
     }
     if (!complete) continue;
     cells[key].add(y);
@@ -510,7 +504,7 @@ TTests ttests(const std::filesystem::path& file, const std::vector<std::string>&
     ++out.rows;
     for (size_t k = 0; k < columns.size(); ++k) v[k] = csv.number(columns[k]);
     if (csv.missing(group)) continue;
-    std::vector<Moments>& g = groups[trimmed(csv.field(group))];
+    std::vector<Moments>& g = groups[std::string(csv.text(group))];
     g.resize(columns.size());
     for (size_t k = 0; k < columns.size(); ++k)
       if (!std::isnan(v[k])) g[k].add(v[k]);

@@ -189,6 +189,8 @@ bool CsvReader::next() {
   return true;
 }
 
+std::string_view CsvReader::text(size_t column) const { return trim(fields_[column]); }
+
 bool CsvReader::missing(size_t column) const {
   const std::string_view f = trim(fields_[column]);
   return f.empty() || f == "NA";

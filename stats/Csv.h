@@ -45,6 +45,8 @@ class CsvReader {
   size_t line() const { return recordLine_; }
 
   std::string_view field(size_t column) const { return fields_[column]; }
+  // The field without the blanks around it: a group's value as written.
+  std::string_view text(size_t column) const;
   bool missing(size_t column) const;
   // The field as a number; NaN when missing. Anything else that is not a
   // finite number is a DataError naming the file, line, column and value.

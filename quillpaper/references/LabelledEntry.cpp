@@ -194,6 +194,17 @@ std::string dotted(std::string_view initials) {
   return out;
 }
 
+// Whether a word of `text`, in any case and without the punctuation after
+// it, is one of `words`.
+template <size_t N>
+bool hasWordAmong(std::string_view text, const char* const (&words)[N]) {
+  for (std::string word : str().split(str().lower(text), " ", -1)) {
+    while (!word.empty() && !std::isalpha(static_cast<unsigned char>(word.back()))) word.pop_back();
+    if (std::any_of(std::begin(words), std::end(words), [&](const char* k) { return word == k; })) return true;
+  }
+  return false;
+}
+
 // A group's name ("U.S. Department of Health and Human Services",
 // "Associated Press"): no comma, and a word that names an organisation.
 bool isGroupName(std::string_view text) {
@@ -205,13 +216,7 @@ bool isGroupName(std::string_view text) {
       "county", "government", "commission", "board", "administration", "federation", "union", "network",
       "laboratory", "hospital", "school", "college", "academy", "trust", "consortium", "coalition",
       "alliance", "authority", "team", "project", "news", "staff", "panel", "taskforce", "nations"};
-  for (const std::string& w : str().split(str().lower(text), " ", -1)) {
-    std::string word = w;
-    while (!word.empty() && !std::isalpha(static_cast<unsigned char>(word.back()))) word.pop_back();
-    for (const char* k : kWords)
-      if (word == k) return true;
-  }
-  return false;
+  return hasWordAmong(text, kWords);
 }
 
 // "David P. Cornell", "T. Harlow", "Ludwig van Beethoven": given names, then
@@ -521,7 +526,92 @@ std::vector<std::string> wordTokens(std::string_view text) {
   return out;
 }
 
+std::string_view tokenText(const quillreader::Reading& r, std::string_view entry, size_t k) {
+  return entry.substr(r.tokens[k].begin, r.tokens[k].end - r.tokens[k].begin);
+}
+
+// A word the reader left out of the part on both its sides ("and N. E.
+// Wiseman" with "N" alone unlabelled) belongs to that part, and so does the
+// colon or dash between two stretches of one title ("Hypertext 2000 |:|
+// Databases or documents").
+void fillGaps(quillreader::Reading& r, std::string_view entry) {
+  for (size_t i = 1; i + 1 < r.labels.size(); ++i) {
+    if (r.labels[i] != Label::Other || r.labels[i - 1] == Label::Other || r.labels[i - 1] != r.labels[i + 1]) continue;
+    const std::string_view t = tokenText(r, entry, i);
+    const unsigned char c = static_cast<unsigned char>(t[0]);
+    const bool joins = t == ":" || t == "-" || t == "\xe2\x80\x93" || t == "\xe2\x80\x94";
+    if (std::isalpha(c) || (c >= 0x80 && !joins) || (joins && r.labels[i - 1] == Label::Title))
+      r.labels[i] = r.labels[i - 1];
+  }
+}
+
+// Vancouver's names ("Stotts PD, Furuta RK.") where the reading frayed them:
+// initials left out after their family name join it, and words read as
+// names after the full stop that ends such a list are the title's.
+void mendVancouverNames(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  const auto family = [&](size_t k) {
+    const std::string_view t = tokenText(r, entry, k);
+    return t.size() > 1 && std::isupper(static_cast<unsigned char>(t[0])) && !isInitials(t);
+  };
+  for (size_t i = 1; i < n; ++i)
+    if (r.labels[i] == Label::Other && r.labels[i - 1] == Label::Author && family(i - 1) &&
+        isInitials(tokenText(r, entry, i)))
+      r.labels[i] = Label::Author;
+  // The first stretch of names: "Family INITIALS" pieces and their commas, up to a full stop.
+  size_t i = 0;
+  while (i < n && r.labels[i] != Label::Author) ++i;
+  while (i + 1 < n && r.labels[i] == Label::Author && family(i) && r.labels[i + 1] == Label::Author &&
+         isInitials(tokenText(r, entry, i + 1))) {
+    i += 2;
+    if (i < n && r.labels[i] == Label::Author && tokenText(r, entry, i) == ",") {
+      ++i;
+      continue;
+    }
+    if (i < n && r.labels[i] == Label::Author && tokenText(r, entry, i) == ".")
+      for (size_t k = i + 1; k < n && r.labels[k] == Label::Author; ++k) r.labels[k] = Label::Title;
+    break;
+  }
+}
+
+// A title that ends in a year or a range of them ("… printing in 1994",
+// "Origins and development, 1776–1993"), which the reader took for the
+// work's date although the entry has another: the numbers are the title's.
+void extendTitleThroughItsYears(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  size_t end = 0;  // one past the title's first stretch
+  while (end < n && r.labels[end] != Label::Title) ++end;
+  if (end == n) return;
+  while (end < n && r.labels[end] == Label::Title) ++end;
+  const auto text = [&](size_t k) { return tokenText(r, entry, k); };
+  size_t stop = end;
+  bool year = false;
+  while (stop < n && (r.labels[stop] == Label::Date || r.labels[stop] == Label::Other)) {
+    const std::string_view t = text(stop);
+    if (t == "." || t == "(" || t == ")" || t == "[" || t == "]" || t == ";" || t == ":") break;
+    year = year || (r.labels[stop] == Label::Date && std::isdigit(static_cast<unsigned char>(t[0])));
+    ++stop;
+  }
+  while (stop > end && text(stop - 1) == ",") --stop;
+  if (!year || stop == end) return;
+  // The work's date is elsewhere: a date token outside the stretch.
+  bool another = false;
+  for (size_t k = 0; k < n; ++k)
+    another = another || (r.labels[k] == Label::Date && (k < end || k >= stop) &&
+                          std::isdigit(static_cast<unsigned char>(text(k)[0])));
+  if (!another) return;
+  for (size_t k = end; k < stop; ++k) r.labels[k] = Label::Title;
+}
+
 }  // namespace
+
+quillreader::Reading mended(quillreader::Reading reading, std::string_view entry) {
+  fillGaps(reading, entry);
+  mendVancouverNames(reading, entry);
+  extendTitleThroughItsYears(reading, entry);
+  fillGaps(reading, entry);
+  return reading;
+}
 
 bool splitsPhrase(std::string_view entry, const quillreader::Reading& reading) {
   const auto named = [](Label l) {
@@ -563,13 +653,7 @@ std::vector<std::string> wordsLost(std::string_view typed, const LabelledEntry& 
 // periodicals bear those names too.)
 bool namesAWholeWork(std::string_view container) {
   static const char* const kWords[] = {"encyclopedia", "encyclopaedia", "dictionary", "handbook"};
-  for (const std::string& w : str().split(str().lower(container), " ", -1)) {
-    std::string word = w;
-    while (!word.empty() && !std::isalpha(static_cast<unsigned char>(word.back()))) word.pop_back();
-    for (const char* k : kWords)
-      if (word == k) return true;
-  }
-  return false;
+  return hasWordAmong(container, kWords);
 }
 
 std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader::Reading& reading) {

@@ -33,6 +33,14 @@ struct LabelledEntry {
   std::string written() const { return notes.empty() ? apa : apa + " " + notes; }
 };
 
+// The reading with what it frayed mended, by what the entry's words show: a
+// word left out between two words of one part joins it, and so does a colon
+// between two stretches of a title; Vancouver initials left out join their
+// names, and words read as names after the stop that ends such a list are
+// the title's; a year at a title's end is the title's when the entry dates
+// the work elsewhere.
+quillreader::Reading mended(quillreader::Reading reading, std::string_view entry);
+
 // Empty when the reading has no title or no date to build an entry on.
 std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader::Reading& reading);
 

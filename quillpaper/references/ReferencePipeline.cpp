@@ -182,94 +182,6 @@ bool plausibleNames(const std::vector<PersonName>& names) {
   });
 }
 
-// A word the reader left out of the part on both its sides ("and N. E.
-// Wiseman" with "N" alone unlabelled) belongs to that part, and so does the
-// colon or dash between two stretches of one title ("Hypertext 2000 |:|
-// Databases or documents").
-quillreader::Reading withGapsFilled(quillreader::Reading r, std::string_view entry) {
-  using quillreader::Label;
-  for (size_t i = 1; i + 1 < r.labels.size(); ++i) {
-    if (r.labels[i] != Label::Other || r.labels[i - 1] == Label::Other || r.labels[i - 1] != r.labels[i + 1]) continue;
-    const std::string_view t = entry.substr(r.tokens[i].begin, r.tokens[i].end - r.tokens[i].begin);
-    const unsigned char c = static_cast<unsigned char>(t[0]);
-    const bool joins = t == ":" || t == "-" || t == "\xe2\x80\x93" || t == "\xe2\x80\x94";
-    if (std::isalpha(c) || (c >= 0x80 && !joins) || (joins && r.labels[i - 1] == Label::Title))
-      r.labels[i] = r.labels[i - 1];
-  }
-  return r;
-}
-
-// Vancouver's names ("Stotts PD, Furuta RK.") where the reading frayed them:
-// initials left out after their family name join it, and words read as
-// names after the full stop that ends such a list are the title's.
-quillreader::Reading withVancouverNames(quillreader::Reading r, std::string_view entry) {
-  using quillreader::Label;
-  const size_t n = r.labels.size();
-  const auto text = [&](size_t k) { return entry.substr(r.tokens[k].begin, r.tokens[k].end - r.tokens[k].begin); };
-  const auto initials = [](std::string_view t) {
-    if (t.size() == 3 && t[1] == '-') return std::isupper(static_cast<unsigned char>(t[0])) && std::isupper(static_cast<unsigned char>(t[2]));
-    return !t.empty() && t.size() <= 3 &&
-           std::all_of(t.begin(), t.end(), [](char c) { return std::isupper(static_cast<unsigned char>(c)) != 0; });
-  };
-  const auto family = [&](size_t k) {
-    const std::string_view t = text(k);
-    return t.size() > 1 && std::isupper(static_cast<unsigned char>(t[0])) && !initials(t);
-  };
-  for (size_t i = 1; i < n; ++i)
-    if (r.labels[i] == Label::Other && r.labels[i - 1] == Label::Author && family(i - 1) && initials(text(i)))
-      r.labels[i] = Label::Author;
-  // The first stretch of names: "Family INITIALS" pieces and their commas, up to a full stop.
-  size_t i = 0;
-  while (i < n && r.labels[i] != Label::Author) ++i;
-  size_t pieces = 0;
-  while (i + 1 < n && r.labels[i] == Label::Author && family(i) && r.labels[i + 1] == Label::Author &&
-         initials(text(i + 1))) {
-    ++pieces;
-    i += 2;
-    if (i < n && r.labels[i] == Label::Author && text(i) == ",") {
-      ++i;
-      continue;
-    }
-    if (i < n && text(i) == "." && r.labels[i] == Label::Author) {
-      for (size_t k = i + 1; k < n && r.labels[k] == Label::Author; ++k) r.labels[k] = Label::Title;
-    }
-    break;
-  }
-  (void)pieces;
-  return r;
-}
-
-// A title that ends in a year or a range of them ("… printing in 1994",
-// "Origins and development, 1776–1993"), which the reader took for the
-// work's date although the entry has another: the numbers are the title's.
-quillreader::Reading withTitleThroughItsYears(quillreader::Reading r, std::string_view entry) {
-  using quillreader::Label;
-  const size_t n = r.labels.size();
-  size_t end = 0;  // one past the title's first stretch
-  while (end < n && r.labels[end] != Label::Title) ++end;
-  if (end == n) return r;
-  while (end < n && r.labels[end] == Label::Title) ++end;
-  const auto text = [&](size_t k) { return entry.substr(r.tokens[k].begin, r.tokens[k].end - r.tokens[k].begin); };
-  size_t stop = end;
-  bool year = false;
-  while (stop < n && (r.labels[stop] == Label::Date || r.labels[stop] == Label::Other)) {
-    const std::string_view t = text(stop);
-    if (t == "." || t == "(" || t == ")" || t == "[" || t == "]" || t == ";" || t == ":") break;
-    year = year || (r.labels[stop] == Label::Date && std::isdigit(static_cast<unsigned char>(t[0])));
-    ++stop;
-  }
-  while (stop > end && text(stop - 1) == ",") --stop;
-  if (!year || stop == end) return r;
-  // The work's date is elsewhere: a date token outside the stretch.
-  bool another = false;
-  for (size_t k = 0; k < n; ++k)
-    another = another || (r.labels[k] == Label::Date && (k < end || k >= stop) &&
-                          std::isdigit(static_cast<unsigned char>(text(k)[0])));
-  if (!another) return r;
-  for (size_t k = end; k < stop; ++k) r.labels[k] = Label::Title;
-  return r;
-}
-
 // Letters and digits alone, in lower case: parts compared as a reader compares them.
 std::string bare(std::string_view s) {
   std::string out;
@@ -364,8 +276,7 @@ FormattedReference ReferencePipeline::formatAsLabelled(std::string_view entry, F
     numbering = m[1].str();
     text.erase(0, static_cast<size_t>(m.length(0)));
   }
-  const quillreader::Reading reading = withGapsFilled(
-      withTitleThroughItsYears(withVancouverNames(withGapsFilled(options_.reader->read(text), text), text), text), text);
+  const quillreader::Reading reading = mended(options_.reader->read(text), text);
   rules.readerConfidence = reading.confidence;
   std::optional<LabelledEntry> labelled = apaFormOf(text, reading);
   if (!labelled) return unsure("read as another citation style, it has no title or no date");

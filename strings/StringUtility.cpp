@@ -131,6 +131,13 @@ bool StringUtility::contains(std::string_view text, std::string_view part) const
   return text.find(part) != std::string_view::npos;
 }
 
+size_t StringUtility::occurrences(std::string_view text, std::string_view part) const noexcept {
+  if (part.empty()) return 0;
+  size_t n = 0;
+  for (size_t at = text.find(part); at != std::string_view::npos; at = text.find(part, at + part.size())) ++n;
+  return n;
+}
+
 bool StringUtility::containsFrom(std::string_view text, std::string_view part, int32_t start) const noexcept {
   return find(text, part, start) != 0;
 }

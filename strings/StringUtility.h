@@ -21,6 +21,8 @@ class StringUtility {
   bool beginsWith(std::string_view text, std::string_view prefix) const noexcept;
   bool endsWith(std::string_view text, std::string_view suffix) const noexcept;
   bool contains(std::string_view text, std::string_view part) const noexcept;
+  // How many times `part` stands in `text`, without overlaps.
+  size_t occurrences(std::string_view text, std::string_view part) const noexcept;
   // Whether `part` occurs at or after character position `start` (1-based).
   bool containsFrom(std::string_view text, std::string_view part, int32_t start) const noexcept;
   // The character position of the first `part` at or after `start`, or 0.

@@ -44,7 +44,9 @@ std::string clean(std::string_view text) {
           t.erase(t.size() - close.size()), changed = true;
       }
       if (!t.empty() && marks.find(t.front()) != std::string_view::npos) t.erase(0, 1), changed = true;
-      if (!t.empty() && marks.find(t.back()) != std::string_view::npos) t.pop_back(), changed = true;
+      // A closing parenthesis stays when it closes one inside ("Issue 46 (2006)").
+      const bool closesInside = !t.empty() && t.back() == ')' && str().occurrences(t, "(") >= str().occurrences(t, ")");
+      if (!t.empty() && !closesInside && marks.find(t.back()) != std::string_view::npos) t.pop_back(), changed = true;
       t = str().trimmed(t);
     }
   };
@@ -89,12 +91,6 @@ std::pair<size_t, size_t> firstSpan(const quillreader::Reading& r, Label label) 
   return {0, 0};
 }
 
-size_t count(std::string_view text, std::string_view mark) {
-  size_t n = 0;
-  for (size_t at = text.find(mark); at != std::string_view::npos; at = text.find(mark, at + mark.size())) ++n;
-  return n;
-}
-
 // A title with the marks the reading left outside it, and its inner
 // quotation's marks as APA writes them. An opening quote or parenthesis
 // just before the span, or a closing parenthesis just after it, whose
@@ -118,13 +114,13 @@ std::string titleWithItsMarks(std::string title, std::string_view entry, const q
     }
     return n;
   };
-  if (before.ends_with(kOpen1) && closingQuotes(title) > count(title, kOpen1) && !title.starts_with(kOpen1)) {
+  if (before.ends_with(kOpen1) && closingQuotes(title) > str().occurrences(title, kOpen1) && !title.starts_with(kOpen1)) {
     title.insert(0, kOpen1);
     before.erase(before.size() - kOpen1.size());
   }
-  if (count(title, "(") > count(title, ")") && str().trimmed(after).starts_with(")")) title += ")";
+  if (str().occurrences(title, "(") > str().occurrences(title, ")") && str().trimmed(after).starts_with(")")) title += ")";
   const bool doubleQuoted = str().trimmed(before).ends_with(kOpen2) || str().trimmed(before).ends_with("\"");
-  if (doubleQuoted && count(title, kOpen1) > 0 && count(title, kOpen1) == closingQuotes(title)) {
+  if (doubleQuoted && str().occurrences(title, kOpen1) > 0 && str().occurrences(title, kOpen1) == closingQuotes(title)) {
     std::string out;
     size_t at = 0;
     while (at < title.size()) {
@@ -603,9 +599,65 @@ void extendTitleThroughItsYears(quillreader::Reading& r, std::string_view entry)
   for (size_t k = end; k < stop; ++k) r.labels[k] = Label::Title;
 }
 
+// A title typed in double quotes is all of what they hold, whatever the
+// reader made of its first or last words ("“Hypertext 2000: Databases or
+// documents”" with "Hypertext 2000" read as a date), but the punctuation
+// that closes it before the closing quote. The work's date stays a date when
+// the entry has no other.
+void titleFillsItsQuotes(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  const auto text = [&](size_t k) { return tokenText(r, entry, k); };
+  const auto opens = [](std::string_view t) { return t == "\xe2\x80\x9c" || t == "\""; };
+  const auto closes = [](std::string_view t) { return t == "\xe2\x80\x9d" || t == "\""; };
+  size_t first = 0;
+  while (first < n && r.labels[first] != Label::Title) ++first;
+  if (first == n) return;
+  size_t open = first;
+  while (open > 0 && !opens(text(open - 1)) && !closes(text(open - 1))) --open;
+  if (open == 0 || !opens(text(open - 1))) return;
+  size_t close = first;
+  while (close < n && !closes(text(close)) && !opens(text(close))) ++close;
+  if (close == n || !closes(text(close))) return;
+  size_t end = close;
+  while (end > open && (text(end - 1) == "." || text(end - 1) == "," || text(end - 1) == ";")) --end;
+  const auto isDate = [&](size_t k) { return r.labels[k] == Label::Date; };
+  bool dateOutside = false;
+  for (size_t k = 0; k < n; ++k) dateOutside = dateOutside || (isDate(k) && (k < open || k >= close));
+  for (size_t k = open; k < end; ++k)
+    if (dateOutside || !isDate(k)) r.labels[k] = Label::Title;
+}
+
+// A container's name without the "in" that leads to it ("Pp. 156–65 in
+// Raster imaging …": a name begins with a capital) and without the month
+// that dates the issue after it ("The New Yorker, April 14", "MacUser,
+// October"), which is the date's.
+void trimContainer(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  size_t begin = 0;
+  while (begin < n && r.labels[begin] != Label::Container) ++begin;
+  size_t end = begin;
+  while (end < n && r.labels[end] == Label::Container) ++end;
+  if (end - begin < 2) return;
+  if (tokenText(r, entry, begin) == "in") r.labels[begin++] = Label::Other;
+  static constexpr std::array<std::string_view, 12> kMonths = {"january", "february", "march",     "april",
+                                                               "may",     "june",     "july",      "august",
+                                                               "september", "october", "november", "december"};
+  for (size_t k = begin + 1; k + 1 < end; ++k) {
+    const std::string word = str().lower(tokenText(r, entry, k + 1));
+    if (tokenText(r, entry, k) != "," || std::find(kMonths.begin(), kMonths.end(), word) == kMonths.end()) continue;
+    const bool day = k + 2 == end || (k + 3 == end && allDigits(tokenText(r, entry, k + 2)));
+    if (!day) continue;
+    r.labels[k] = Label::Other;
+    for (size_t j = k + 1; j < end; ++j) r.labels[j] = Label::Date;
+    break;
+  }
+}
+
 }  // namespace
 
 quillreader::Reading mended(quillreader::Reading reading, std::string_view entry) {
+  titleFillsItsQuotes(reading, entry);
+  trimContainer(reading, entry);
   fillGaps(reading, entry);
   mendVancouverNames(reading, entry);
   extendTitleThroughItsYears(reading, entry);

@@ -150,13 +150,19 @@ constexpr int kElectronicSource = 4;
 
 // APA's date after the authors: "(2001).", "(2001, May 3).", "(1951–1963).",
 // "(1987–).", "(n.d.).", "(in press).", or with the comma people type for its
-// full stop ("(2001),").
+// full stop ("(2001),"). A date inside a quotation is a quoted title's
+// ("“Contents of double issue 46–47 (2006).”").
 bool looksApa(std::string_view entry) {
   static const std::regex kDate(
       R"(\((?:[0-9]{4}[a-z]?(?:(?:-|\xe2\x80\x93)(?:[0-9]{4})?)?(?:, [^)]{1,30})?|n\.d\.|in press)\)[.,])");
   const std::string text(entry);
   std::smatch m;
-  return std::regex_search(text, m, kDate) && static_cast<size_t>(m.position(0)) < text.size() * 2 / 3;
+  if (!std::regex_search(text, m, kDate)) return false;
+  const size_t at = static_cast<size_t>(m.position(0));
+  const std::string_view before = std::string_view(text).substr(0, at);
+  const bool quoted = str().occurrences(before, "\"") % 2 == 1 ||
+                      str().occurrences(before, "\xe2\x80\x9c") > str().occurrences(before, "\xe2\x80\x9d");
+  return at < text.size() * 2 / 3 && !quoted;
 }
 
 // "New York, NY", "London, England", "Thousand Oaks, CA": a few words of a

@@ -130,6 +130,12 @@ TEST(LearnedReaderTest, TitlesKeepTheirMarks) {
        "Sleep in the city: A survey of naps in 1994", true},
       {"Moore SM, Nelson M (1994) The night shift: Origins and development, 1776\u20131993, 2nd edn. CQ Press",
        "The night shift: Origins and development, 1776\u20131993", false},
+      // A quoted title is all its quotes hold, a year in it too (this reading
+      // is too unsure to be written), and a date in them is no APA date.
+      {"Lee, Anna, and Tom Park. 2001. \u201cSleep 2000: Naps or Nights.\u201d Journal of Things 4 (2): 119\u2013121.",
+       "Sleep 2000: Naps or Nights", false},
+      {"Lee, Anna. \u201cContents of Double Issue 46\u201347 (2006).\u201d Journal of Things 28, no. 2 (2007): 261.",
+       "Contents of Double Issue 46\u201347 (2006)", true},
       // The APA form would read "A study (part one. Journal of Things" as one title.
       {"Lee, A. (2016) A study (part one. Journal of Things, 3, pp. 4\u20135.", "A study (part one", false},
   };
@@ -181,6 +187,19 @@ TEST(LearnedReaderTest, NamesAsTheyAre) {
       "24\u201326. London: Faber and Faber, 1992.",
       1);
   EXPECT_EQ(joined(chapter.editors), "Ricks, Christopher; Vance, William L.");
+}
+
+// A container's name as the reading found it, without the words around it
+// that other styles write. Catches "in" or an issue's month kept in the name.
+TEST(LearnedReaderTest, ContainersAsNamed) {
+  ReferencePipeline pipeline = learnedPipeline(6);
+  const std::pair<const char*, const char*> rows[] = {
+      {"Lee, Anna. 1991. \u201cNaps at Noon.\u201d Pp. 156\u201365 in Sleep and Its Rhythms: Papers from the Second "
+       "Meeting, edited by A. Park. Boston, MA: Faber.",
+       "Sleep and Its Rhythms: Papers from the Second Meeting"},
+      {"Lee, A. (1991) \u201cNaps at noon,\u201d The Sleeper, October, p. 165.", "The Sleeper"},
+  };
+  for (const auto& [typed, container] : rows) EXPECT_EQ(pipeline.format(typed, 1).containerTitle, container) << typed;
 }
 
 // The type from what the reading found. Catches an article whose journal

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <optional>
 #include <source_location>
 #include <span>
@@ -153,8 +154,8 @@ class Procedure {
 
  private:
   void addLocal(VarRef ref) {
-    if (localCount_ < locals_.size())
-      locals_[localCount_++] = ref;
+    if (localCount_ < kLocals)
+      std::construct_at(&locals_[localCount_++], ref);
     else
       moreLocals_.push_back(ref);
   }
@@ -172,7 +173,12 @@ class Procedure {
   std::string_view name_;
   std::string_view qualifiedName_;
   std::span<const VarRef> params_;
-  std::array<VarRef, 12> locals_;  // the first localCount_ are set
+  static constexpr size_t kLocals = 12;
+  // The first localCount_ are set; the others are left unwritten, since most
+  // procedures declare a few locals and every call would pay for clearing them.
+  union {
+    VarRef locals_[kLocals];
+  };
   size_t localCount_ = 0;
   std::vector<VarRef> moreLocals_;
 };

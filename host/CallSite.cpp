@@ -4,10 +4,8 @@
 
 namespace QuillFormatAPA {
 
-DispId CallSite::resolve(const Object& object) const {
-  const MemberTable* table = object.memberTable();
-  if (!table) return object.idOfName(name_);
-  const uint64_t serial = table->serial();
+DispId CallSite::resolve(const Object& object, const MemberTable& table) const {
+  const uint64_t serial = table.serial();
   const uint64_t cached = cache_.load(std::memory_order_relaxed);
   if ((cached >> 32) == serial) return static_cast<DispId>(static_cast<uint32_t>(cached));
   const DispId id = object.idOfName(name_);
@@ -17,11 +15,13 @@ DispId CallSite::resolve(const Object& object) const {
 
 Variant CallSite::invoke(Object* object, CallKind kind, Args& args) const {
   if (!object) throw AutomationError(kObjectNotSet, std::string(name_));
-  const DispId id = resolve(*object);
+  const MemberTable* table = object->memberTable();
+  const DispId id = table ? resolve(*object, *table) : object->idOfName(name_);
   if (id == kUnknownDispId)
     throw AutomationError(kUnknownMember, std::string(object->typeName()) + "." + std::string(name_));
   Variant result;
-  object->invoke(id, kind, args, result).throwIfFailed();
+  // An object with a member table is invoked through it.
+  (table ? table->invoke(*object, id, kind, args, result) : object->invoke(id, kind, args, result)).throwIfFailed();
   return result;
 }
 

@@ -98,16 +98,17 @@ class CallArgs {
  private:
   template <class T>
   void place(ByRefArg<T>& a, size_t& p, size_t&, size_t& r) {
-    refStore_[r] = pass(a.target);
+    refStore_[r].assignWithin(pass(a.target));
     positional_[p++] = Variant::byRef(refStore_[r++]);
   }
   template <class T>
   void place(NamedValue<T>& a, size_t&, size_t& n, size_t&) {
-    named_[n++] = NamedArg{a.name, pass(a.value)};
+    named_[n].name = a.name;
+    named_[n++].value.assignWithin(pass(a.value));
   }
   template <class T>
   void place(T& a, size_t& p, size_t&, size_t&) {
-    positional_[p++] = pass(a);
+    positional_[p++].assignWithin(pass(a));
   }
   template <class T>
   void takeBackOne(T&, size_t&) {}
@@ -161,7 +162,7 @@ class QFA_API CallSite {
     store.writeBack();
     return result;
   }
-  DispId resolve(const Object& object) const;
+  DispId resolve(const Object& object, const MemberTable& table) const;
 
   std::string_view name_;
   // (member table serial << 32) | member id, of the last class called.

@@ -12,21 +12,12 @@ namespace {
 
 std::atomic<uint32_t> nextSerial{1};
 
-std::string lowerAscii(std::string_view s) {
-  std::string out(s);
-  for (char& c : out)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return out;
-}
+char lowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 bool equalsNoCase(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    char x = a[i], y = b[i];
-    if (x >= 'A' && x <= 'Z') x = static_cast<char>(x - 'A' + 'a');
-    if (y >= 'A' && y <= 'Z') y = static_cast<char>(y - 'A' + 'a');
-    if (x != y) return false;
-  }
+  for (size_t i = 0; i < a.size(); ++i)
+    if (lowerAscii(a[i]) != lowerAscii(b[i])) return false;
   return true;
 }
 
@@ -53,15 +44,30 @@ MemberTable::MemberTable(std::string className, std::vector<MemberInfo> members)
     : className_(std::move(className)), members_(std::move(members)), serial_(nextSerial++) {
   for (size_t i = 0; i < members_.size(); ++i) {
     MemberInfo& m = members_[i];
-    m.simple = std::none_of(m.params.begin(), m.params.end(), [](const ParamInfo& p) { return p.paramArray; });
+    m.simple = m.get && std::none_of(m.params.begin(), m.params.end(), [](const ParamInfo& p) { return p.paramArray; });
+    m.arity = m.params.size();
     if (members_[i].params.size() + 1 > kMaxParams)
       throw std::logic_error("too many parameters: " + members_[i].name);
-    byName_.emplace(lowerAscii(members_[i].name), static_cast<DispId>(i));
+    // A name declared twice in two cases is the first member's in both.
+    if (byName_.emplace(members_[i].name, static_cast<DispId>(i)).second)
+      byExactName_.emplace(members_[i].name, static_cast<DispId>(i));
   }
 }
 
+// FNV-1a over the lower-case bytes.
+size_t MemberTable::NoCaseHash::operator()(std::string_view name) const noexcept {
+  uint64_t h = 14695981039346656037ull;
+  for (char c : name) h = (h ^ static_cast<unsigned char>(lowerAscii(c))) * 1099511628211ull;
+  return static_cast<size_t>(h);
+}
+
+bool MemberTable::NoCaseEqual::operator()(std::string_view a, std::string_view b) const noexcept {
+  return equalsNoCase(a, b);
+}
+
 DispId MemberTable::idOfName(std::string_view name) const noexcept {
-  auto it = byName_.find(lowerAscii(name));
+  if (auto exact = byExactName_.find(name); exact != byExactName_.end()) return exact->second;
+  auto it = byName_.find(name);
   return it == byName_.end() ? kUnknownDispId : it->second;
 }
 
@@ -159,43 +165,59 @@ Status MemberTable::invoke(Object& self, DispId id, CallKind kind, Args& args,
     return AutomationError(kUnknownMember, className_);
   const MemberInfo& m = members_[static_cast<size_t>(id)];
   const bool write = kind == CallKind::PropertyPut;
-  auto where = [&] { return className_ + "." + m.name; };
+  // The common call: every parameter given, in order. No binding needed
+  // beyond pointing at the arguments, unless one was passed as Missing.
+  if (!write && m.simple && args.named().empty() && args.positional().size() == m.arity) {
+    Variant* slots[kMaxParams];
+    bool complete = true;
+    for (size_t i = 0; i < m.arity; ++i) {
+      slots[i] = &args.positional()[i];
+      complete &= !slots[i]->isMissing();
+    }
+    if (complete) {
+      try {
+        m.get(self, slots, result);
+        return {};
+      } catch (...) {
+        return failure(m, std::current_exception());
+      }
+    }
+  }
   try {
     detail::Thunk fn = write ? m.put : m.get;
     if (!fn) fail(kWrongNumberOfArguments, "cannot be assigned");
-    if (!write && m.simple && args.named().empty() && args.positional().size() == m.params.size()) {
-      // The common call: every parameter given, in order. No binding needed
-      // beyond pointing at the arguments, unless one was passed as Missing.
-      Variant* slots[kMaxParams];
-      bool complete = true;
-      for (size_t i = 0; i < m.params.size(); ++i) {
-        slots[i] = &args.positional()[i];
-        complete &= !slots[i]->isMissing();
-      }
-      if (complete) {
-        fn(self, slots, result);
-        return {};
-      }
-    }
     Binder binder(m.params, write, args);
     fn(self, binder.bind(), result);
     return {};
-  } catch (const BindFailure& e) {
-    return AutomationError(e.error.number(), e.error.description(), where() + ": " + e.error.source());
-  } catch (const detail::BindError& e) {
-    const std::string name =
-        e.index < m.params.size() ? m.params[e.index].name : std::string("value");
-    return AutomationError(e.error.number(), e.error.description(),
-                           where() + ": argument '" + name + "'" +
-                               (e.error.source().empty() ? "" : ": " + e.error.source()));
-  } catch (const AutomationError& e) {
-    return e;
-  } catch (const std::bad_alloc&) {
-    return AutomationError(kOutOfMemory, where());
-  } catch (const std::exception& e) {
-    return AutomationError(kInternalError, where() + ": " + e.what());
   } catch (...) {
-    return AutomationError(kInternalError, where());
+    return failure(m, std::current_exception());
+  }
+}
+
+Status MemberTable::failure(const MemberInfo& m, std::exception_ptr error) const noexcept {
+  const auto where = [&] { return className_ + "." + m.name; };
+  try {
+    try {
+      std::rethrow_exception(error);
+    } catch (const BindFailure& e) {
+      return AutomationError(e.error.number(), e.error.description(), where() + ": " + e.error.source());
+    } catch (const detail::BindError& e) {
+      const std::string name = e.index < m.params.size() ? m.params[e.index].name : std::string("value");
+      return AutomationError(e.error.number(), e.error.description(),
+                             where() + ": argument '" + name + "'" +
+                                 (e.error.source().empty() ? "" : ": " + e.error.source()));
+    } catch (const AutomationError& e) {
+      return e;
+    } catch (const std::bad_alloc&) {
+      return AutomationError(kOutOfMemory, where());
+    } catch (const std::exception& e) {
+      return AutomationError(kInternalError, where() + ": " + e.what());
+    } catch (...) {
+      return AutomationError(kInternalError, where());
+    }
+  } catch (...) {
+    // Saying where ran out of memory.
+    return AutomationError(kOutOfMemory);
   }
 }
 

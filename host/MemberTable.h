@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <initializer_list>
 #include <memory>
 #include <optional>
@@ -9,6 +10,7 @@
 #include <string_view>
 #include <tuple>
 #include <type_traits>
+#include <functional>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -85,7 +87,8 @@ struct MemberInfo {
   TypeDesc result;
   detail::Thunk get = nullptr;  // the method, or the property read
   detail::Thunk put = nullptr;  // the property write: index parameters, then the value
-  bool simple = false;          // no parameter array: arguments can bind in place
+  bool simple = false;          // readable, no parameter array: arguments can bind in place
+  size_t arity = 0;             // params.size(), kept for the call
 };
 
 // The members of one class, in dispatch order; member id = position. One
@@ -106,9 +109,27 @@ class QFA_API MemberTable {
   Status invoke(Object& self, DispId id, CallKind kind, Args& args, Variant& result) const noexcept;
 
  private:
+  // The error a member's call raised, saying which member and argument.
+  Status failure(const MemberInfo& m, std::exception_ptr error) const noexcept;
+
   std::string className_;
   std::vector<MemberInfo> members_;
-  std::unordered_map<std::string, DispId> byName_;
+  // Names compared as the platform compares them, without regard to ASCII case.
+  struct NoCaseHash {
+    using is_transparent = void;
+    size_t operator()(std::string_view name) const noexcept;
+  };
+  struct NoCaseEqual {
+    using is_transparent = void;
+    bool operator()(std::string_view a, std::string_view b) const noexcept;
+  };
+  struct ExactHash {
+    using is_transparent = void;
+    size_t operator()(std::string_view name) const noexcept { return std::hash<std::string_view>{}(name); }
+  };
+  std::unordered_map<std::string, DispId, NoCaseHash, NoCaseEqual> byName_;
+  // The names as declared: callers mostly spell them so, and that lookup is quicker.
+  std::unordered_map<std::string, DispId, ExactHash, std::equal_to<>> byExactName_;
   uint32_t serial_;
 };
 
@@ -396,8 +417,8 @@ class ClassBuilder {
 template <class Derived>
 class Dispatchable : public Object {
  public:
-  const MemberTable* memberTable() const noexcept override { return &Derived::members(); }
-  Status invoke(DispId id, CallKind kind, Args& args, Variant& result) noexcept override {
+  const MemberTable* memberTable() const noexcept final { return &Derived::members(); }
+  Status invoke(DispId id, CallKind kind, Args& args, Variant& result) noexcept final {
     return Derived::members().invoke(*this, id, kind, args, result);
   }
 };

@@ -64,7 +64,8 @@ class QFA_API Object {
   }
 
   // The class's member table when all objects of the class share one (ids
-  // may then be cached per class); null for objects whose members vary.
+  // may then be cached per class, and a caller may invoke through the table
+  // itself); null for objects whose members vary.
   virtual const MemberTable* memberTable() const noexcept { return nullptr; }
   // The id of a member, case-insensitively, or kUnknownDispId.
   virtual DispId idOfName(std::string_view name) const noexcept;

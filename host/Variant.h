@@ -60,6 +60,17 @@ class QFA_API Variant {
     v.u_.lent.size = text.size();
     return v;
   }
+  // Takes `v` as it is, a loan included: for the argument slots of one call,
+  // which live no longer than the call and its loans.
+  void assignWithin(Variant&& v) noexcept {
+    if (v.kind_ == Kind::Borrowed) {
+      reset();
+      kind_ = Kind::Borrowed;
+      u_.lent = v.u_.lent;
+    } else {
+      *this = std::move(v);
+    }
+  }
   // Whether following this slot's references reaches `other`.
   bool reaches(const Variant& other) const noexcept {
     for (const Variant* v = this;; v = v->u_.ref) {

@@ -2,9 +2,11 @@
 // its body through guarded(): whatever goes wrong comes back as an error
 // number with its description kept per thread, never as an exception.
 
+#include <array>
 #include <cstring>
 #include <exception>
 #include <new>
+#include <span>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -52,9 +54,11 @@ int32_t fail(int32_t number, std::string description, std::string source = {}) n
 }
 
 void clearError() noexcept {
-  lastError.number = 0;
-  lastError.description.clear();
-  lastError.source.clear();
+  LastError& e = lastError;
+  if (e.number == 0 && e.description.empty() && e.source.empty()) return;
+  e.number = 0;
+  e.description.clear();
+  e.source.clear();
 }
 
 template <class F>
@@ -91,29 +95,50 @@ void assign(qfa_variant* v, Variant value) noexcept {
   if (v) V(v).deref() = std::move(value);
 }
 
+// Room for a call's values without asking the heap: most calls have a few.
+template <class T, size_t N>
+class SmallList {
+ public:
+  explicit SmallList(size_t size) : size_(size) {
+    if (size > N) more_.resize(size);
+  }
+  std::span<T> items() noexcept { return {size_ > N ? more_.data() : fixed_.data(), size_}; }
+  T& operator[](size_t i) noexcept { return items()[i]; }
+
+ private:
+  size_t size_;
+  std::array<T, N> fixed_{};
+  std::vector<T> more_;
+};
+
 // The arguments of a C call as the object model takes them: positional ones
 // copied (a by-reference slot keeps referring to the caller's variant), named
 // ones with their names.
 class CallArguments {
  public:
-  CallArguments(qfa_variant* const* args, size_t argc, const char* const* names, size_t namedCount) {
-    if (namedCount > argc) invalid("more named arguments than arguments");
-    if ((argc && !args) || (namedCount && !names)) invalid("arguments missing");
+  CallArguments(qfa_variant* const* args, size_t argc, const char* const* names, size_t namedCount)
+      : positional_(checked(args, argc, names, namedCount)), named_(namedCount) {
     const size_t positional = argc - namedCount;
-    positional_.reserve(positional);
     for (size_t i = 0; i < positional; ++i)
-      positional_.push_back(args[i] ? V(args[i]) : Variant::missing());
-    named_.reserve(namedCount);
+      if (args[i]) positional_[i] = V(args[i]);
+      else positional_[i] = Variant::missing();
     for (size_t k = 0; k < namedCount; ++k) {
       if (!names[k]) invalid("a named argument without a name");
-      named_.push_back(NamedArg{names[k], args[positional + k] ? V(args[positional + k]) : Variant::missing()});
+      named_[k] = NamedArg{names[k], args[positional + k] ? V(args[positional + k]) : Variant::missing()};
     }
   }
-  Args args() { return Args(positional_, named_); }
+  Args args() { return Args(positional_.items(), named_.items()); }
 
  private:
-  std::vector<Variant> positional_;
-  std::vector<NamedArg> named_;
+  // The number of positional arguments, once the counts are known to be sound.
+  static size_t checked(qfa_variant* const* args, size_t argc, const char* const* names, size_t namedCount) {
+    if (namedCount > argc) invalid("more named arguments than arguments");
+    if ((argc && !args) || (namedCount && !names)) invalid("arguments missing");
+    return argc - namedCount;
+  }
+
+  SmallList<Variant, 8> positional_;
+  SmallList<NamedArg, 4> named_;
 };
 
 // ---- host objects written in C ------------------------------------------------
@@ -149,19 +174,20 @@ class HostObject final : public Object, private LibraryObject {
 
   Status invoke(DispId id, CallKind kind, Args& args, Variant& result) noexcept override {
     try {
-      std::vector<qfa_variant*> values;
-      std::vector<std::string> nameTexts;
-      std::vector<const char*> names;
-      values.reserve(args.count());
-      for (Variant& v : args.positional()) values.push_back(C(&v));
-      for (NamedArg& n : args.named()) {
-        values.push_back(C(&n.value));
-        nameTexts.emplace_back(n.name);
+      SmallList<qfa_variant*, 16> values(args.count());
+      SmallList<std::string, 4> nameTexts(args.named().size());
+      SmallList<const char*, 4> names(args.named().size());
+      size_t at = 0;
+      for (Variant& v : args.positional()) values[at++] = C(&v);
+      for (size_t k = 0; k < args.named().size(); ++k) {
+        values[at++] = C(&args.named()[k].value);
+        nameTexts[k] = std::string(args.named()[k].name);
+        names[k] = nameTexts[k].c_str();
       }
-      for (const std::string& n : nameTexts) names.push_back(n.c_str());
       clearError();
-      const int32_t number = vtable_.invoke(self_, id, static_cast<int32_t>(kind), values.data(), values.size(),
-                                            names.data(), names.size(), C(&result));
+      const int32_t number = vtable_.invoke(self_, id, static_cast<int32_t>(kind), values.items().data(),
+                                            values.items().size(), names.items().data(), names.items().size(),
+                                            C(&result));
       if (number == 0) return {};
       std::string description = lastError.number == number && !lastError.description.empty()
                                     ? lastError.description

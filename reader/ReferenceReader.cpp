@@ -92,12 +92,29 @@ size_t oneSpanBit(size_t label) {
 }
 const size_t kTitleBit = oneSpanBit(static_cast<size_t>(Label::Title));
 
+// A state space's steps, looked up rather than worked out in the decoder's
+// inner loop: the state after `from` on label `l`, or kNoState.
+constexpr uint16_t kNoState = UINT16_MAX;
+template <class Space>
+const std::vector<uint16_t>& stepTable() {
+  static const std::vector<uint16_t> table = [] {
+    std::vector<uint16_t> t(Space::kStates * kLabels);
+    for (size_t from = 0; from < Space::kStates; ++from)
+      for (size_t l = 0; l < kLabels; ++l) {
+        const size_t to = Space::follow(from, l);
+        t[from * kLabels + l] = to == kNone ? kNoState : static_cast<uint16_t>(to);
+      }
+    return t;
+  }();
+  return table;
+}
+
 // Any label after any other: a state is the label.
 struct AnySequence {
   static constexpr size_t kStates = kLabels;
   static size_t label(size_t state) { return state; }
   static size_t start(size_t l) { return l; }
-  static size_t step(size_t, size_t l) { return l; }
+  static size_t follow(size_t, size_t l) { return l; }
   static bool end(size_t) { return true; }
 };
 
@@ -107,7 +124,7 @@ struct OneStretchEach {
   static constexpr size_t kStates = (size_t{1} << kOneSpan.size()) * kLabels;
   static size_t label(size_t state) { return state % kLabels; }
   static size_t start(size_t l) { return oneSpanBit(l) * kLabels + l; }
-  static size_t step(size_t from, size_t l) {
+  static size_t follow(size_t from, size_t l) {
     const size_t begun = from / kLabels, bit = oneSpanBit(l);
     if (l != from % kLabels && (begun & bit)) return kNone;  // that label's stretch is over
     return (begun | bit) * kLabels + l;
@@ -117,32 +134,48 @@ struct OneStretchEach {
 
 // The best scores of the sequences of a state space that reach each state at
 // each token (forward) and go on from it to the end (backward): together, the
-// best sequence and each label's max-marginal.
+// best sequence and each label's max-marginal. Only the states some sequence
+// reaches are followed: of the constrained space's 1,024, a few dozen.
 template <class Space>
 class Lattice {
  public:
   Lattice(const Emissions& emit, const Transitions& trans)
-      : emit_(emit), trans_(trans), forward_(emit.size(), Row(Space::kStates, -INFINITY)),
-        backward_(emit.size(), Row(Space::kStates, -INFINITY)) {
+      : emit_(emit),
+        trans_(trans),
+        steps_(stepTable<Space>()),
+        forward_(emit.size() * Space::kStates, -INFINITY),
+        backward_(emit.size() * Space::kStates, -INFINITY),
+        reached_(emit.size()) {
     const size_t n = emit.size();
     if (n == 0) return;
-    for (size_t l = 0; l < kLabels; ++l) forward_[0][Space::start(l)] = trans[kLabels][l] + emit[0][l];
-    for (size_t i = 1; i < n; ++i)
-      for (size_t from = 0; from < Space::kStates; ++from) {
-        if (forward_[i - 1][from] == -INFINITY) continue;
+    for (size_t l = 0; l < kLabels; ++l) forward(0)[Space::start(l)] = trans[kLabels][l] + emit[0][l];
+    collectReached(0);
+    for (size_t i = 1; i < n; ++i) {
+      const float* before = forward(i - 1);
+      float* now = forward(i);
+      for (const uint16_t from : reached_[i - 1]) {
+        const uint16_t* to = &steps_[from * kLabels];
+        const float* t = trans[Space::label(from)].data();
+        const float* e = emit[i].data();
         for (size_t l = 0; l < kLabels; ++l)
-          if (const size_t to = Space::step(from, l); to != kNone)
-            forward_[i][to] = std::max(forward_[i][to], forward_[i - 1][from] + arc(i, from, l));
+          if (to[l] != kNoState) now[to[l]] = std::max(now[to[l]], before[from] + (t[l] + e[l]));
       }
+      collectReached(i);
+    }
     for (size_t s = 0; s < Space::kStates; ++s)
-      if (Space::end(s)) backward_[n - 1][s] = 0;
-    for (size_t i = n - 1; i-- > 0;)
-      for (size_t from = 0; from < Space::kStates; ++from) {
-        if (forward_[i][from] == -INFINITY) continue;  // no sequence reaches it
+      if (Space::end(s)) backward(n - 1)[s] = 0;
+    for (size_t i = n - 1; i-- > 0;) {
+      const float* after = backward(i + 1);
+      float* now = backward(i);
+      for (const uint16_t from : reached_[i]) {
+        const uint16_t* to = &steps_[from * kLabels];
+        const float* t = trans[Space::label(from)].data();
+        const float* e = emit[i + 1].data();
         for (size_t l = 0; l < kLabels; ++l)
-          if (const size_t to = Space::step(from, l); to != kNone && backward_[i + 1][to] != -INFINITY)
-            backward_[i][from] = std::max(backward_[i][from], arc(i + 1, from, l) + backward_[i + 1][to]);
+          if (to[l] != kNoState && after[to[l]] != -INFINITY)
+            now[from] = std::max(now[from], (t[l] + e[l]) + after[to[l]]);
       }
+    }
   }
 
   // The best sequence's labels: the best first state, then at each token the
@@ -153,14 +186,14 @@ class Lattice {
     if (n == 0) return out;
     size_t state = 0;
     for (size_t s = 1; s < Space::kStates; ++s)
-      if (forward_[0][s] + backward_[0][s] > forward_[0][state] + backward_[0][state]) state = s;
+      if (forward(0)[s] + backward(0)[s] > forward(0)[state] + backward(0)[state]) state = s;
     out.push_back(Space::label(state));
     for (size_t i = 1; i < n; ++i) {
       size_t next = kNone;
       float top = -INFINITY;
       for (size_t l = 0; l < kLabels; ++l)
-        if (const size_t to = Space::step(state, l); to != kNone) {
-          const float score = arc(i, state, l) + backward_[i][to];
+        if (const uint16_t to = steps_[state * kLabels + l]; to != kNoState) {
+          const float score = arc(i, state, l) + backward(i)[to];
           if (score > top) top = score, next = to;
         }
       if (next == kNone) break;  // no sequence of the space fits (none has a title): the best so far
@@ -177,8 +210,8 @@ class Lattice {
     for (size_t i = 0; i < path.size(); ++i) {
       std::array<float, kLabels> best;
       best.fill(-INFINITY);
-      for (size_t s = 0; s < Space::kStates; ++s)
-        best[Space::label(s)] = std::max(best[Space::label(s)], forward_[i][s] + backward_[i][s]);
+      for (const uint16_t s : reached_[i])
+        best[Space::label(s)] = std::max(best[Space::label(s)], forward(i)[s] + backward(i)[s]);
       float other = -INFINITY;
       for (size_t l = 0; l < kLabels; ++l)
         if (l != path[i]) other = std::max(other, best[l]);
@@ -188,13 +221,24 @@ class Lattice {
   }
 
  private:
-  using Row = std::vector<float>;
   // The score of taking label `l` at token `i` from state `from`.
   float arc(size_t i, size_t from, size_t l) const { return trans_[Space::label(from)][l] + emit_[i][l]; }
+  float* forward(size_t i) { return &forward_[i * Space::kStates]; }
+  const float* forward(size_t i) const { return &forward_[i * Space::kStates]; }
+  float* backward(size_t i) { return &backward_[i * Space::kStates]; }
+  const float* backward(size_t i) const { return &backward_[i * Space::kStates]; }
+  // The states some sequence reaches at token i, in order.
+  void collectReached(size_t i) {
+    const float* row = forward(i);
+    for (size_t s = 0; s < Space::kStates; ++s)
+      if (row[s] != -INFINITY) reached_[i].push_back(static_cast<uint16_t>(s));
+  }
 
   const Emissions& emit_;
   const Transitions& trans_;
-  std::vector<Row> forward_, backward_;
+  const std::vector<uint16_t>& steps_;
+  std::vector<float> forward_, backward_;
+  std::vector<std::vector<uint16_t>> reached_;
 };
 
 // Whether a sequence has a title and makes one stretch of each kOneSpan label.

@@ -6,6 +6,7 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <ctime>
@@ -25,6 +26,8 @@ constexpr int32_t kIgnore = 5;
 constexpr int32_t kExit = 1;
 // A statement that fails this often in a row is not going to succeed.
 constexpr int kMaxRetries = 3;
+
+std::atomic<uint64_t> nextServiceSerial{1};
 
 std::string timestamp() {
   const auto now = std::chrono::system_clock::now();
@@ -57,10 +60,11 @@ const MemberTable& DiagnosticsService::members() {
   return table;
 }
 
-DiagnosticsService::DiagnosticsService(Options options) : options_(std::move(options)) {
+DiagnosticsService::DiagnosticsService(Options options) : options_(std::move(options)), serial_(nextServiceSerial++) {
   if (options_.dumpFolder.empty()) options_.dumpFolder = defaultDumpFolder();
   if (options_.traceFile.empty()) return;
   trace_.open(options_.traceFile, std::ios::out | std::ios::trunc);
+  tracing_ = true;
   if (!trace_)
     throw std::runtime_error("cannot write the trace to " + options_.traceFile.string() + ": " + std::strerror(errno));
 }
@@ -73,6 +77,26 @@ std::string DiagnosticsService::traceProblem() {
 }
 
 DiagnosticsService::~DiagnosticsService() = default;
+
+// The calling thread's record, found without a lock once the thread has one.
+DiagnosticsService::ThreadRecord& DiagnosticsService::thisThread() {
+  thread_local uint64_t cachedFor = 0;
+  thread_local ThreadRecord* cached = nullptr;
+  if (cachedFor == serial_) return *cached;
+  std::lock_guard lock(mutex_);
+  cached = &threads_[std::this_thread::get_id()];
+  cachedFor = serial_;
+  return *cached;
+}
+
+size_t DiagnosticsService::errorsOnThisThread() { return thisThread().errors; }
+
+ReportedError DiagnosticsService::lastErrorOnThisThread() {
+  ThreadRecord& t = thisThread();
+  if (t.errors == 0) return {};
+  std::lock_guard lock(mutex_);
+  return errors_[t.lastError];
+}
 
 std::filesystem::path DiagnosticsService::defaultDumpFolder() {
   if (const char* state = std::getenv("XDG_STATE_HOME"); state && *state)
@@ -105,13 +129,18 @@ std::string DiagnosticsService::describe(const Variant& value) {
 }
 
 void DiagnosticsService::vbwProcIn(const std::string& name, std::string& parameterText) {
-  if (trace_) trace_ << std::string(2 * stack_.size(), ' ') << name << (parameterText.empty() ? "" : " ")
-                     << parameterText << '\n';
-  stack_.push_back(name);
+  ThreadRecord& t = thisThread();
+  if (tracing_) {
+    std::lock_guard lock(mutex_);
+    if (trace_) trace_ << std::string(2 * t.stack.size(), ' ') << name << (parameterText.empty() ? "" : " ")
+                       << parameterText << '\n';
+  }
+  t.stack.push_back(name);
 }
 
 void DiagnosticsService::vbwProcOut() {
-  if (!stack_.empty()) stack_.pop_back();
+  ThreadRecord& t = thisThread();
+  if (!t.stack.empty()) t.stack.pop_back();
 }
 
 std::string DiagnosticsService::vbwReportParameter(const std::string& name, const Variant& value) {
@@ -121,47 +150,59 @@ std::string DiagnosticsService::vbwReportParameter(const std::string& name, cons
 void DiagnosticsService::vbwBeforeDump(const std::string& project, const std::string& module,
                                        const std::string& procedure, int16_t line, int16_t number,
                                        const std::string& description, int16_t systemError) {
+  ThreadRecord& t = thisThread();
   ReportedError e;
   e.where = module + "." + procedure;
   e.number = number;
   e.description = description;
-  static int serial = 0;
+  static std::atomic<int> serial{0};
   e.dumpFile = (options_.dumpFolder / ("dump-" + timestamp() + "-" + std::to_string(::getpid()) + "-" +
                                        std::to_string(++serial) + ".txt"))
                    .string();
-  errors_.push_back(e);
-  pendingHeader_ = "Error " + std::to_string(number) + " (" + description + ") in " + project + "." + e.where +
-                   ", line " + std::to_string(line) + (systemError ? ", system error " + std::to_string(systemError) : "") +
-                   "\r\nCall stack:\r\n";
-  for (auto it = stack_.rbegin(); it != stack_.rend(); ++it) pendingHeader_ += "  " + *it + "\r\n";
-  if (trace_) trace_ << std::string(2 * stack_.size(), ' ') << "!! error " << number << " (" << description << ")\n";
+  t.pendingHeader = "Error " + std::to_string(number) + " (" + description + ") in " + project + "." + e.where +
+                    ", line " + std::to_string(line) + (systemError ? ", system error " + std::to_string(systemError) : "") +
+                    "\r\nCall stack:\r\n";
+  for (auto it = t.stack.rbegin(); it != t.stack.rend(); ++it) t.pendingHeader += "  " + *it + "\r\n";
+  std::lock_guard lock(mutex_);
+  t.lastError = errors_.size();
+  ++t.errors;
+  errors_.push_back(std::move(e));
+  if (trace_) trace_ << std::string(2 * t.stack.size(), ' ') << "!! error " << number << " (" << description << ")\n";
 }
 
 void DiagnosticsService::vbwOpenDumpFile() {
+  ThreadRecord& t = thisThread();
   std::error_code ec;
   std::filesystem::create_directories(options_.dumpFolder, ec);
-  dump_.clear();
-  dump_.open(errors_.back().dumpFile, std::ios::out | std::ios::trunc | std::ios::binary);
-  if (!dump_) dumpFailed(std::strerror(errno));
-  dump_ << pendingHeader_;
+  std::string file;
+  {
+    std::lock_guard lock(mutex_);
+    file = errors_[t.lastError].dumpFile;
+  }
+  t.dump.clear();
+  t.dump.open(file, std::ios::out | std::ios::trunc | std::ios::binary);
+  if (!t.dump) dumpFailed(t, std::strerror(errno));
+  t.dump << t.pendingHeader;
 }
 
 // A dump that could not be written is not pointed to.
-void DiagnosticsService::dumpFailed(const std::string& reason) {
-  ReportedError& e = errors_.back();
+void DiagnosticsService::dumpFailed(ThreadRecord& t, const std::string& reason) {
+  std::lock_guard lock(mutex_);
+  ReportedError& e = errors_[t.lastError];
   if (e.dumpFile.empty()) return;
   e.dumpProblem = "no dump: cannot write " + e.dumpFile + ": " + reason;
   e.dumpFile.clear();
 }
 
-void DiagnosticsService::vbwReportToFile(std::string& text) { dump_ << text; }
+void DiagnosticsService::vbwReportToFile(std::string& text) { thisThread().dump << text; }
 
 void DiagnosticsService::vbwReportVariable(const std::string& name, Variant& value, int32_t) {
-  dump_ << name << " = " << describe(value) << "\r\n";
+  thisThread().dump << name << " = " << describe(value) << "\r\n";
 }
 
 void DiagnosticsService::vbwReportObject(const std::string& name, const ObjectRef& object) {
-  dump_ << name << ":\r\n";
+  std::ofstream& dump = thisThread().dump;
+  dump << name << ":\r\n";
   if (!object || !object->memberTable()) return;
   // Every property that can be read without arguments.
   for (const MemberInfo& m : object->memberTable()->members()) {
@@ -172,29 +213,34 @@ void DiagnosticsService::vbwReportObject(const std::string& name, const ObjectRe
     } catch (const AutomationError& e) {
       text = "<" + e.description() + ">";
     }
-    dump_ << "  " << m.name << " = " << text << "\r\n";
+    dump << "  " << m.name << " = " << text << "\r\n";
   }
 }
 
 void DiagnosticsService::vbwCloseDumpFile() {
-  dump_.flush();
-  if (!dump_ && !errors_.empty()) dumpFailed("the disk may be full");
-  dump_.close();
+  ThreadRecord& t = thisThread();
+  t.dump.flush();
+  if (!t.dump && t.errors > 0) dumpFailed(t, "the disk may be full");
+  t.dump.close();
 }
 
 int32_t DiagnosticsService::vbwAfterDump() {
+  ThreadRecord& t = thisThread();
   switch (options_.policy) {
     case ErrorPolicy::Ignore: return kIgnore;
     case ErrorPolicy::Exit: return kExit;
-    case ErrorPolicy::Retry: return ++retries_ <= kMaxRetries ? kRetry : kExit;
-    case ErrorPolicy::Ask: return ask();
+    case ErrorPolicy::Retry: return ++t.retries <= kMaxRetries ? kRetry : kExit;
+    case ErrorPolicy::Ask: {
+      // One question at a time on the terminal.
+      std::lock_guard lock(mutex_);
+      return t.errors > 0 ? ask(errors_[t.lastError]) : kExit;
+    }
   }
   return kExit;
 }
 
-int32_t DiagnosticsService::ask() const {
+int32_t DiagnosticsService::ask(const ReportedError& e) const {
   if (!::isatty(STDIN_FILENO)) return kExit;
-  const ReportedError& e = errors_.back();
   std::cerr << "quillpaper: error " << e.number << " (" << e.description << ") in " << e.where
             << "\n  " << (e.dumpFile.empty() ? e.dumpProblem : "dump: " + e.dumpFile) << "\n  [r]etry, [i]gnore and go on, [e]xit the procedure, [a]bort? ";
   std::string answer;
@@ -207,7 +253,7 @@ int32_t DiagnosticsService::ask() const {
   }
 }
 
-void DiagnosticsService::vbwExitThread(bool) { stack_.clear(); }
+void DiagnosticsService::vbwExitThread(bool) { thisThread().stack.clear(); }
 
 const MemberTable& BridgeToVB::members() {
   static const MemberTable& table =

@@ -4,7 +4,10 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <map>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "host/MemberTable.h"
@@ -32,7 +35,8 @@ struct ReportedError {
 
 // The template's diagnostics service: keeps the library's call stack, writes
 // an indented trace when asked, writes each error dump to a file of its own
-// and answers errors by the program's policy.
+// and answers errors by the program's policy. Threads may share it: each has
+// its own call stack and dump in progress.
 class DiagnosticsService : public Dispatchable<DiagnosticsService> {
  public:
   struct Options {
@@ -44,7 +48,11 @@ class DiagnosticsService : public Dispatchable<DiagnosticsService> {
   ~DiagnosticsService() override;
   static const MemberTable& members();
 
+  // Every error reported so far; read it once the threads that report are done.
   const std::vector<ReportedError>& errors() const { return errors_; }
+  // How many errors the calling thread has reported, and its last one.
+  size_t errorsOnThisThread();
+  ReportedError lastErrorOnThisThread();
   // Whether the policy makes an error fail the command (exit, retry, ask) or
   // lets it go on with what was made (ignore).
   bool policyStopsOutput() const { return options_.policy != ErrorPolicy::Ignore; }
@@ -71,16 +79,26 @@ class DiagnosticsService : public Dispatchable<DiagnosticsService> {
   static std::string describe(const Variant& value);
 
  private:
-  int32_t ask() const;
-  void dumpFailed(const std::string& reason);
+  // What the service keeps for one thread of the library.
+  struct ThreadRecord {
+    std::vector<std::string> stack;
+    std::ofstream dump;
+    std::string pendingHeader;
+    int retries = 0;
+    size_t errors = 0;
+    size_t lastError = 0;  // index in errors_
+  };
+  ThreadRecord& thisThread();
+  int32_t ask(const ReportedError& e) const;
+  void dumpFailed(ThreadRecord& t, const std::string& reason);
 
   Options options_;
+  const uint64_t serial_;  // tells a thread's cached record of this service from one of an earlier service
+  bool tracing_ = false;
+  std::mutex mutex_;       // guards what follows
   std::ofstream trace_;
-  std::ofstream dump_;
-  std::vector<std::string> stack_;
+  std::map<std::thread::id, ThreadRecord> threads_;
   std::vector<ReportedError> errors_;
-  int retries_ = 0;
-  std::string pendingHeader_;
 };
 
 // The bridge the library finds among the running objects; its ErrorParams

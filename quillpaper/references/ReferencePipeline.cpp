@@ -237,8 +237,11 @@ bool isPersonalCommunication(std::string_view entry) {
 
 }  // namespace
 
-ReferencePipeline::ReferencePipeline(Session& session, Options options)
-    : session_(session), options_(options), probe_(createObject("QuillFormatAPA.Periodical")) {}
+ReferencePipeline::ReferencePipeline(Session& session, Options options, ObjectRef main2)
+    : session_(session),
+      options_(options),
+      main2_(main2 ? std::move(main2) : session.main2()),
+      probe_(createObject("QuillFormatAPA.Periodical")) {}
 
 ReferencePipeline::~ReferencePipeline() = default;
 
@@ -247,7 +250,7 @@ const ReferencePipeline::EntryClass& ReferencePipeline::entryClass(int type) {
   EntryClass c{make<FormatterSettings>(), {}};
   // The edition is the template's to ask for; without it the library writes the 6th.
   if (options_.edition == 7) c.settings->setProperty("APAEdition", Variant(int16_t{7}));
-  c.entry = callByName(session_.main2(), "ReferenceBuilder", static_cast<int16_t>(type), ObjectRef(c.settings),
+  c.entry = callByName(main2_, "ReferenceBuilder", static_cast<int16_t>(type), ObjectRef(c.settings),
                        "quillpaper")
                 .toObject();
   if (!c.entry) throw AutomationError(kObjectRequired, "no entry class for reference type " + std::to_string(type));
@@ -325,9 +328,9 @@ FormattedReference ReferencePipeline::formatWithRules(std::string_view entry, in
   r.line = line;
   r.input = std::string(entry);
   const bool hostSteps = options_.steps == Steps::All;
-  const size_t errorsBefore = session_.service().errors().size();
+  const size_t errorsBefore = session_.service().errorsOnThisThread();
   Ref<FormatterSettings> settings = make<FormatterSettings>();  // the entry class's, once known
-  const ObjectRef main2 = session_.main2();
+  const ObjectRef& main2 = main2_;
   TypedEntry typed;
   typed.text = tidyEntry(entry);
   if (hostSteps) typed = readTypedForms(typed.text);
@@ -406,9 +409,10 @@ FormattedReference ReferencePipeline::formatWithRules(std::string_view entry, in
                            "bracketed description (\"[Web log post]\") and its address");
   }
 
-  if (session_.service().errors().size() > errorsBefore)
-    r.problems.push_back("the formatting library reported an error (" + session_.service().errors().back().description +
-                         " in " + session_.service().errors().back().where + ")");
+  if (session_.service().errorsOnThisThread() > errorsBefore) {
+    const ReportedError e = session_.service().lastErrorOnThisThread();
+    r.problems.push_back("the formatting library reported an error (" + e.description + " in " + e.where + ")");
+  }
   if (r.ok() && r.title.empty() && r.authors.empty()) r.problems.push_back("no author and no title found");
   if (r.ok() && (r.year.empty() || r.year == "n.d.") && !str().contains(text, "n.d."))
     r.problems.push_back("no date found: APA writes the year in parentheses after the author, or \"(n.d.)\"");

@@ -56,7 +56,8 @@ std::string tidyEntry(std::string_view raw);
 // APA rules cannot read goes to the learned reader when there is one: its
 // labels are written as the APA form the rules read, and the result is kept
 // only when the reader is sure of it and it keeps every typed word. One
-// pipeline serves one session.
+// pipeline serves one thread of a session: another thread makes its own,
+// with a command object of its own.
 class ReferencePipeline {
  public:
   enum class Steps { All, LibraryOnly };
@@ -68,7 +69,8 @@ class ReferencePipeline {
     const quillreader::Model* reader = nullptr;
     double readerThreshold = 0;
   };
-  explicit ReferencePipeline(Session& session, Options options);
+  // `main2`: the command object to use, the session's when none.
+  ReferencePipeline(Session& session, Options options, ObjectRef main2 = {});
   explicit ReferencePipeline(Session& session) : ReferencePipeline(session, Options{}) {}
   ~ReferencePipeline();
   FormattedReference format(std::string_view entry, int line = 0);
@@ -91,6 +93,7 @@ class ReferencePipeline {
 
   Session& session_;
   Options options_;
+  ObjectRef main2_;
   ObjectRef probe_;  // the periodical reader that finds titles for the classifier
   std::map<int, EntryClass> classes_;
 };

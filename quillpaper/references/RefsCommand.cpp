@@ -1,5 +1,6 @@
 // quillpaper refs: a reference list, as people type them, back in APA form.
 #include <cstdlib>
+#include <functional>
 #include <optional>
 
 #include "quillpaper/CommandLine.h"
@@ -8,6 +9,7 @@
 #include "quillpaper/references/ReferenceList.h"
 #include "quillpaper/references/ReferenceInput.h"
 #include "quillpaper/references/ReaderModel.h"
+#include "quillpaper/references/ReferenceJobs.h"
 #include "quillpaper/references/ReferencePipeline.h"
 #include "quillpaper/OutputFile.h"
 
@@ -17,7 +19,7 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: quillpaper refs [FILE|-] [--format=text|html|markdown|json|docx] [--output=FILE] [--sort]\n"
-    "                       [--edition=7|6] [--reader-threshold=N]\n"
+    "                       [--edition=7|6] [--reader-threshold=N] [--jobs=N]\n"
     "\n"
     "Reads a reference list, one reference per line (from FILE, or standard input when it is\n"
     "'-' or missing; UTF-8 or UTF-16 with its byte-order mark; lines may end in LF, CRLF or CR;\n"
@@ -38,7 +40,8 @@ constexpr const char* kUsage =
     "would lose or add a word, is kept as typed and reported on standard error with its line\n"
     "number and the reason. --sort orders the list as APA orders a reference list (the .docx is\n"
     "always sorted). --output writes to FILE instead of standard output (needed for docx); FILE\n"
-    "is replaced only once the whole list is written.\n";
+    "is replaced only once the whole list is written. --jobs=N formats on N threads (default 1);\n"
+    "the output is the same, in the same order.\n";
 
 ListFormat listFormat(const std::string& name) {
   if (name == "html") return ListFormat::Html;
@@ -52,6 +55,10 @@ void report(const FormattedReference& r, std::ostream& err) {
   if (!r.excludedBecause.empty())
     err << "quillpaper refs: line " << r.line << ": left out of the list: " << r.excludedBecause << "\n";
 }
+
+// The most threads --jobs may ask for, and how many entries each is given at a time.
+constexpr int kMostJobs = 64;
+constexpr size_t kBatchPerJob = 64;
 
 std::string tooLong(int line) {
   return "line " + std::to_string(line) + " is longer than " + std::to_string(kLongestEntry) +
@@ -76,6 +83,14 @@ int refsCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
     if (t->empty() || *end != '\0' || !(threshold >= 0))
       throw UsageError("--reader-threshold must be a number of 0 or more, not '" + *t + "'");
   }
+  int jobs = 1;
+  if (const std::optional<std::string> j = cl.option("jobs")) {
+    char* end = nullptr;
+    const long n = std::strtol(j->c_str(), &end, 10);
+    if (j->empty() || *end != '\0' || n < 1 || n > kMostJobs)
+      throw UsageError("--jobs must be a whole number from 1 to " + std::to_string(kMostJobs) + ", not '" + *j + "'");
+    jobs = static_cast<int>(n);
+  }
   const std::vector<std::string> files = cl.positional();
   if (files.size() > 1) throw UsageError("one input file at most, not '" + files[1] + "'");
   if (format != "text" && format != "html" && format != "markdown" && format != "json" && format != "docx")
@@ -92,22 +107,47 @@ int refsCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
   std::string modelProblem;
   const quillreader::Model* model = readerModel(modelProblem);
   if (!model) err << "quillpaper refs: entries in other citation styles are kept as typed: " << modelProblem << "\n";
-  ReferencePipeline pipeline(session, {.edition = edition, .reader = model, .readerThreshold = threshold});
+  const ReferencePipeline::Options options{.edition = edition, .reader = model, .readerThreshold = threshold};
+  ReferencePipeline pipeline(session, options);
+  std::optional<ReferenceJobs> threads;
+  if (jobs > 1) threads.emplace(session, options, jobs);
   std::optional<OutputFile> file;
   if (output) file.emplace(*output);
   std::ostream& sink = file ? file->stream() : out;
+
+  // Entries go in batches to the threads, one at a time without them; each
+  // comes back in its place.
+  std::vector<ReferenceLine> batch;
+  const auto formatBatch = [&](const std::function<void(const FormattedReference&)>& take) {
+    if (batch.empty()) return;
+    if (threads) {
+      for (const FormattedReference& r : threads->format(batch)) {
+        report(r, err);
+        take(r);
+      }
+    } else {
+      for (const ReferenceLine& l : batch) {
+        const FormattedReference r = pipeline.format(l.text, l.number);
+        report(r, err);
+        take(r);
+      }
+    }
+    batch.clear();
+  };
+  const size_t batchSize = threads ? kBatchPerJob * static_cast<size_t>(jobs) : 1;
 
   ReferenceLine line;
   if (sort) {
     // A sorted list is known only once it is whole.
     const bool docx = format == "docx";
     SortedReferenceList list(docx ? std::nullopt : std::optional(listFormat(format)));
+    const auto add = [&](const FormattedReference& r) { list.add(r); };
     while (reader.next(line)) {
       if (line.longLine) throw std::runtime_error(tooLong(line.number) + "; it can be listed unsorted, not sorted");
-      const FormattedReference r = pipeline.format(line.text, line.number);
-      report(r, err);
-      list.add(r);
+      batch.push_back(std::move(line));
+      if (batch.size() >= batchSize) formatBatch(add);
     }
+    formatBatch(add);
     if (docx) {
       file.reset();
       writeReferenceListDocx(list.paragraphs(), session, *output, edition);
@@ -117,9 +157,11 @@ int refsCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
     list.write(sink);
   } else {
     ReferenceListWriter writer(listFormat(format), sink);
+    const auto add = [&](const FormattedReference& r) { writer.add(r); };
     writer.begin();
     while (reader.next(line)) {
       if (line.longLine) {
+        formatBatch(add);  // what came before it goes first
         err << "quillpaper refs: " << tooLong(line.number) << "\n";
         writer.beginAsTyped(line.number, tooLong(line.number));
         std::string piece = std::move(line.text);
@@ -128,10 +170,10 @@ int refsCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
         writer.endAsTyped();
         continue;
       }
-      const FormattedReference r = pipeline.format(line.text, line.number);
-      report(r, err);
-      writer.add(r);
+      batch.push_back(std::move(line));
+      if (batch.size() >= batchSize) formatBatch(add);
     }
+    formatBatch(add);
     writer.end();
   }
   if (reader.wasUtf16()) err << "quillpaper refs: the list was UTF-16; it is written in UTF-8\n";

@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
+#include <vector>
 
 #include "quillpaper/DiagnosticsService.h"
 
@@ -31,6 +35,53 @@ TEST(DiagnosticsServiceTest, ADumpThatCannotBeWrittenIsNotPointedTo) {
 TEST(DiagnosticsServiceTest, ATraceThatCannotBeOpenedIsAnError) {
   EXPECT_THROW(DiagnosticsService(DiagnosticsService::Options{ErrorPolicy::Exit, "/dev/null/trace.txt", {}}),
                std::runtime_error);
+}
+
+// Threads sharing the service (quillpaper refs --jobs) each keep their own
+// call stack, dump and error count. Catches one thread's procedures in
+// another's dump, an error counted against the wrong entry, and (under
+// ThreadSanitizer) unguarded shared state.
+TEST(DiagnosticsServiceTest, ThreadsKeepTheirOwnStacksAndErrors) {
+  auto service = make<DiagnosticsService>(DiagnosticsService::Options{ErrorPolicy::Ignore, {}, ::testing::TempDir()});
+  constexpr int kThreads = 4, kRounds = 50;
+  std::vector<std::vector<std::string>> dumps(kThreads);
+  std::vector<size_t> counted(kThreads);
+  std::vector<std::thread> threads;
+  for (int k = 0; k < kThreads; ++k)
+    threads.emplace_back([&, k] {
+      const std::string mine = "Thread" + std::to_string(k);
+      std::string noParameters;
+      for (int round = 0; round < kRounds; ++round) {
+        service->vbwProcIn(mine + ".outer", noParameters);
+        service->vbwProcIn(mine + ".inner", noParameters);
+        if (round % 10 == k) {
+          service->vbwBeforeDump("QuillFormatAPA", mine, "inner", 1, 5, "failed in " + mine, 0);
+          service->vbwOpenDumpFile();
+          std::string text = "variables of " + mine;
+          service->vbwReportToFile(text);
+          service->vbwCloseDumpFile();
+          EXPECT_EQ(service->vbwAfterDump(), 5);
+          dumps[k].push_back(service->lastErrorOnThisThread().dumpFile);
+        }
+        service->vbwProcOut();
+        service->vbwProcOut();
+      }
+      counted[k] = service->errorsOnThisThread();
+    });
+  for (std::thread& t : threads) t.join();
+  EXPECT_EQ(service->errors().size(), static_cast<size_t>(kThreads * kRounds / 10));
+  for (int k = 0; k < kThreads; ++k) {
+    EXPECT_EQ(counted[k], static_cast<size_t>(kRounds / 10));
+    const std::string mine = "Thread" + std::to_string(k);
+    for (const std::string& file : dumps[k]) {
+      std::ifstream in(file, std::ios::binary);
+      std::stringstream text;
+      text << in.rdbuf();
+      EXPECT_EQ(text.str(), "Error 5 (failed in " + mine + ") in QuillFormatAPA." + mine + ".inner, line 1\r\n" +
+                                "Call stack:\r\n  " + mine + ".inner\r\n  " + mine + ".outer\r\nvariables of " + mine);
+      std::filesystem::remove(file);
+    }
+  }
 }
 
 }  // namespace

@@ -82,6 +82,60 @@ class InputTest(unittest.TestCase):
         self.assertEqual(done.returncode, 1)
 
 
+class JobsTest(unittest.TestCase):
+    # A list that takes every path: APA entries, other citation styles (the
+    # learned reader), what cannot be read, a line too long, blank lines;
+    # long enough that batches go round the threads many times.
+    MIXED = [
+        ONE,
+        "Kernis MH, Cornell DP, Sun CR. There's more to self-esteem. J Pers Soc Psychol. 1993;65:1190-204.",
+        "[3] M. H. Kernis et al., \u201cThere\u2019s more to self-esteem,\u201d J. Pers. Soc. Psychol., vol. 65, "
+        "pp. 1190\u20131204, 1993.",
+        "",
+        "nothing to read here",
+        TWO,
+        "Shotton, M. A. (1989). Computer addiction? A study of computer dependency. Taylor & Francis.",
+    ]
+
+    def setUp(self):
+        self.dir = tempfile.TemporaryDirectory()
+        self.path = os.path.join(self.dir.name, "refs.txt")
+        lines = []
+        for k in range(60):
+            lines += [entry.replace("One", "One %d" % k) for entry in self.MIXED]
+        lines.insert(200, "x" * (3 << 20))
+        with open(self.path, "w") as f:
+            f.write("\n".join(lines) + "\n")
+
+    def tearDown(self):
+        self.dir.cleanup()
+
+    # Catches entries reordered, lost or doubled by the threads, reports out
+    # of step with the entries, and a pipeline shared between threads.
+    def test_threads_change_nothing_but_the_time(self):
+        for options in ([], ["--format=json"], ["--sort", "--format=html"]):
+            if "--sort" in options:
+                with open(self.path) as f:
+                    kept = [l for l in f.read().split("\n") if len(l) < 1000]
+                with open(self.path, "w") as f:
+                    f.write("\n".join(kept))
+            one = run("refs", self.path, *options)
+            self.assertEqual(one.returncode, 0, one.stderr[-300:])
+            for jobs in ("2", "3"):
+                many = run("refs", self.path, "--jobs=" + jobs, *options)
+                self.assertEqual(many.returncode, 0)
+                self.assertEqual(many.stdout, one.stdout, (options, jobs))
+                self.assertEqual(many.stderr, one.stderr, (options, jobs))
+        self.assertIn(b"line 5: kept as typed", one.stderr)
+
+    # Catches a number of threads that is no number taken for one.
+    def test_jobs_is_a_positive_number(self):
+        for bad in ("0", "-2", "two", "", "65"):
+            done = run("refs", self.path, "--jobs=" + bad)
+            self.assertEqual(done.returncode, 2, bad)
+            self.assertIn(b"--jobs must be", done.stderr)
+
+
 class OutputTest(unittest.TestCase):
     def setUp(self):
         self.dir = tempfile.TemporaryDirectory()

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <initializer_list>
 #include <string>
+#include <utility>
 
 namespace quillreader {
 
@@ -128,12 +130,24 @@ std::vector<Token> tokenize(std::string_view text) {
 
 namespace {
 
-uint64_t hash(std::string_view kind, std::string_view value) {
+// A feature's hash: FNV-1a over its kind, a 0xFF byte, and its value, each
+// given in pieces as they would be joined ("w-1|w" and "of|the"), so that no
+// string is built for it.
+uint64_t hash(std::initializer_list<std::string_view> kind, std::initializer_list<std::string_view> value) {
   uint64_t h = 1469598103934665603ull;
-  for (char c : kind) h = (h ^ static_cast<unsigned char>(c)) * 1099511628211ull;
+  for (std::string_view piece : kind)
+    for (char c : piece) h = (h ^ static_cast<unsigned char>(c)) * 1099511628211ull;
   h = (h ^ 0xFF) * 1099511628211ull;
-  for (char c : value) h = (h ^ static_cast<unsigned char>(c)) * 1099511628211ull;
+  for (std::string_view piece : value)
+    for (char c : piece) h = (h ^ static_cast<unsigned char>(c)) * 1099511628211ull;
   return h;
+}
+
+// "0" to "12": the small numbers features name.
+std::string_view numeral(size_t n) {
+  static constexpr std::string_view kNumerals[] = {"0", "1", "2", "3", "4",  "5", "6",
+                                                   "7", "8", "9", "10", "11", "12"};
+  return kNumerals[n];
 }
 
 std::string lower(std::string_view s) {
@@ -263,75 +277,77 @@ std::vector<std::vector<uint32_t>> tokenFeatures(std::string_view entry, const s
   int quotes = 0, parens = 0, brackets = 0, segment = 0, commas = 0;
   for (size_t i = 0; i < n; ++i) {
     std::vector<uint32_t>& f = out[i];
-    auto add = [&](std::string_view kind, std::string_view value) {
+    f.reserve(48);
+    auto add = [&](std::initializer_list<std::string_view> kind, std::initializer_list<std::string_view> value) {
       f.push_back(static_cast<uint32_t>(hash(kind, value) % buckets));
     };
     const std::string& w = words[i];
     const std::string& s = shapes[i];
-    add("bias", "");
-    add("w", w);
-    add("s", s);
+    const std::string_view wv = w;
+    add({"bias"}, {});
+    add({"w"}, {w});
+    add({"s"}, {s});
     if (w.size() > 3) {
-      add("p3", w.substr(0, 3));
-      add("x3", w.substr(w.size() - 3));
+      add({"p3"}, {wv.substr(0, 3)});
+      add({"x3"}, {wv.substr(w.size() - 3)});
     }
-    if (w.size() > 2) add("x2", w.substr(w.size() - 2));
-    add("len", std::to_string(std::min<size_t>(w.size(), 12)));
+    if (w.size() > 2) add({"x2"}, {wv.substr(w.size() - 2)});
+    add({"len"}, {numeral(std::min<size_t>(w.size(), 12))});
     const bool number = !w.empty() && std::all_of(w.begin(), w.end(), [](char c) { return c >= '0' && c <= '9'; });
     if (number) {
-      add("num", std::to_string(std::min<size_t>(w.size(), 5)));
-      if (w.size() == 4 && (w.starts_with("1") || w.starts_with("20"))) add("year", "");
+      add({"num"}, {numeral(std::min<size_t>(w.size(), 5))});
+      if (w.size() == 4 && (w.starts_with("1") || w.starts_with("20"))) add({"year"}, {});
     }
-    if (isRoman(w)) add("roman", "");
-    if (const char* lex = lexicon(w)) add("lex", lex);
+    if (isRoman(w)) add({"roman"}, {});
+    if (const char* lex = lexicon(w)) add({"lex"}, {lex});
     if (w.find("doi.org/") != std::string::npos || w.starts_with("doi:") || w.starts_with("10."))
-      add("addr", "doi");
+      add({"addr"}, {"doi"});
     else if (w.starts_with("http") || w.starts_with("www"))
-      add("addr", "url");
-    add("quote", quotes > 0 ? "in" : "out");
-    add("paren", parens > 0 ? "in" : "out");
-    add("bracket", brackets > 0 ? "in" : "out");
-    add("seg", std::to_string(std::min(segment, 6)));
+      add({"addr"}, {"url"});
+    add({"quote"}, {quotes > 0 ? "in" : "out"});
+    add({"paren"}, {parens > 0 ? "in" : "out"});
+    add({"bracket"}, {brackets > 0 ? "in" : "out"});
+    add({"seg"}, {numeral(static_cast<size_t>(std::min(segment, 6)))});
     {
       const Segment& g = segments[static_cast<size_t>(segmentOf[i])];
-      add("segwords", bucket(g.words));
-      add("seglower", g.words == 0 ? "none" : g.lower * 3 >= g.words * 2 ? "most" : g.lower > 1 ? "some" : "few");
-      add("segdigits", bucket(g.digits));
-      add("segquote", g.quotes ? "y" : "n");
-      add("segyear", g.year ? "y" : "n");
-      add("yearseg", yearSegment < 0 ? "none" : segmentOf[i] < yearSegment ? "before" : segmentOf[i] == yearSegment ? "same" : "after");
-      add("segstart", i == 0 || segmentOf[i - 1] != segmentOf[i] ? "y" : "n");
-      add("seglast", segmentOf[i] == segmentOf[n - 1] ? "y" : "n");
+      add({"segwords"}, {bucket(g.words)});
+      add({"seglower"}, {g.words == 0 ? "none" : g.lower * 3 >= g.words * 2 ? "most" : g.lower > 1 ? "some" : "few"});
+      add({"segdigits"}, {bucket(g.digits)});
+      add({"segquote"}, {g.quotes ? "y" : "n"});
+      add({"segyear"}, {g.year ? "y" : "n"});
+      add({"yearseg"}, {yearSegment < 0 ? "none" : segmentOf[i] < yearSegment ? "before" : segmentOf[i] == yearSegment ? "same" : "after"});
+      add({"segstart"}, {i == 0 || segmentOf[i - 1] != segmentOf[i] ? "y" : "n"});
+      add({"seglast"}, {segmentOf[i] == segmentOf[n - 1] ? "y" : "n"});
     }
-    add("pos", std::to_string(n > 1 ? i * 10 / n : 0));
-    if (i == 0) add("first", "");
-    if (i + 1 == n) add("last", "");
+    add({"pos"}, {numeral(n > 1 ? i * 10 / n : 0)});
+    if (i == 0) add({"first"}, {});
+    if (i + 1 == n) add({"last"}, {});
     const bool spaceBefore = i > 0 && tokens[i - 1].end < tokens[i].begin;
     const bool spaceAfter = i + 1 < n && tokens[i].end < tokens[i + 1].begin;
-    add("space", std::string(spaceBefore ? "b" : "-") + (spaceAfter ? "a" : "-"));
-    for (int d : {-2, -1, 1, 2}) {
+    add({"space"}, {spaceBefore ? "b" : "-", spaceAfter ? "a" : "-"});
+    static constexpr std::pair<int, std::string_view> kNeighbours[] = {{-2, "-2"}, {-1, "-1"}, {1, "1"}, {2, "2"}};
+    for (const auto& [d, key] : kNeighbours) {
       const long j = static_cast<long>(i) + d;
-      const std::string key = std::to_string(d);
       if (j < 0 || j >= static_cast<long>(n)) {
-        add("w" + key, "<edge>");
+        add({"w", key}, {"<edge>"});
         continue;
       }
-      add("w" + key, words[static_cast<size_t>(j)]);
+      add({"w", key}, {words[static_cast<size_t>(j)]});
       if (d == -1 || d == 1) {
-        add("s" + key, shapes[static_cast<size_t>(j)]);
-        if (const char* lex = lexicon(words[static_cast<size_t>(j)])) add("lex" + key, lex);
+        add({"s", key}, {shapes[static_cast<size_t>(j)]});
+        if (const char* lex = lexicon(words[static_cast<size_t>(j)])) add({"lex", key}, {lex});
       }
     }
-    if (i > 0) add("w-1|w", words[i - 1] + "|" + w);
-    if (i + 1 < n) add("w|w+1", w + "|" + words[i + 1]);
-    if (i > 0) add("s-1|s", shapes[i - 1] + "|" + s);
-    const std::string commaCount = commas == 0 ? "0" : commas == 1 ? "1" : commas <= 3 ? "2-3" : "4+";
-    add("commas", commaCount);
+    if (i > 0) add({"w-1|w"}, {words[i - 1], "|", w});
+    if (i + 1 < n) add({"w|w+1"}, {w, "|", words[i + 1]});
+    if (i > 0) add({"s-1|s"}, {shapes[i - 1], "|", s});
+    const std::string_view commaCount = commas == 0 ? "0" : commas == 1 ? "1" : commas <= 3 ? "2-3" : "4+";
+    add({"commas"}, {commaCount});
     if (i > 1) {
-      add("s-2", shapes[i - 2]);
-      add("s-2|w-1|s", shapes[i - 2] + "|" + words[i - 1] + "|" + s);
+      add({"s-2"}, {shapes[i - 2]});
+      add({"s-2|w-1|s"}, {shapes[i - 2], "|", words[i - 1], "|", s});
       // Just after an initial ("S." of "L. S."), by how many commas came before it.
-      if (words[i - 1] == "." && shapes[i - 2] == "X") add("initial|commas|s", commaCount + "|" + s);
+      if (words[i - 1] == "." && shapes[i - 2] == "X") add({"initial|commas|s"}, {commaCount, "|", s});
     }
 
     // The context after this token, for the next one.

@@ -92,28 +92,12 @@ size_t oneSpanBit(size_t label) {
 }
 const size_t kTitleBit = oneSpanBit(static_cast<size_t>(Label::Title));
 
-// A state space's steps, looked up rather than worked out in the decoder's
-// inner loop: the state after `from` on label `l`, or kNoState.
-constexpr uint16_t kNoState = UINT16_MAX;
-template <class Space>
-const std::vector<uint16_t>& stepTable() {
-  static const std::vector<uint16_t> table = [] {
-    std::vector<uint16_t> t(Space::kStates * kLabels);
-    for (size_t from = 0; from < Space::kStates; ++from)
-      for (size_t l = 0; l < kLabels; ++l) {
-        const size_t to = Space::follow(from, l);
-        t[from * kLabels + l] = to == kNone ? kNoState : static_cast<uint16_t>(to);
-      }
-    return t;
-  }();
-  return table;
-}
-
 // Any label after any other: a state is the label.
 struct AnySequence {
   static constexpr size_t kStates = kLabels;
   static size_t label(size_t state) { return state; }
   static size_t start(size_t l) { return l; }
+  static size_t bit(size_t) { return 0; }  // no label is held to one stretch
   static size_t follow(size_t, size_t l) { return l; }
   static bool end(size_t) { return true; }
 };
@@ -124,56 +108,77 @@ struct OneStretchEach {
   static constexpr size_t kStates = (size_t{1} << kOneSpan.size()) * kLabels;
   static size_t label(size_t state) { return state % kLabels; }
   static size_t start(size_t l) { return oneSpanBit(l) * kLabels + l; }
+  static size_t bit(size_t l) { return oneSpanBit(l); }
   static size_t follow(size_t from, size_t l) {
-    const size_t begun = from / kLabels, bit = oneSpanBit(l);
-    if (l != from % kLabels && (begun & bit)) return kNone;  // that label's stretch is over
-    return (begun | bit) * kLabels + l;
+    const size_t begun = from / kLabels, b = oneSpanBit(l);
+    if (l != from % kLabels && (begun & b)) return kNone;  // that label's stretch is over
+    return (begun | b) * kLabels + l;
   }
   static bool end(size_t state) { return (state / kLabels) & kTitleBit; }
 };
 
 // The best scores of the sequences of a state space that reach each state at
 // each token (forward) and go on from it to the end (backward): together, the
-// best sequence and each label's max-marginal. Only the states some sequence
-// reaches are followed: of the constrained space's 1,024, a few dozen.
+// best sequence and each label's max-marginal. A state is a set of labels
+// begun (a row) and a label; the steps out of one row to one label are taken
+// together, as a max-plus product of the row with the token's label-to-label
+// scores, which the compiler turns into vector instructions.
 template <class Space>
 class Lattice {
  public:
+  static constexpr size_t kRows = Space::kStates / kLabels;
+  using Arcs = std::array<std::array<float, kLabels>, kLabels>;  // [from label][to label]
+
   Lattice(const Emissions& emit, const Transitions& trans)
       : emit_(emit),
         trans_(trans),
-        steps_(stepTable<Space>()),
         forward_(emit.size() * Space::kStates, -INFINITY),
-        backward_(emit.size() * Space::kStates, -INFINITY),
-        reached_(emit.size()) {
+        backward_(emit.size() * Space::kStates, -INFINITY) {
     const size_t n = emit.size();
     if (n == 0) return;
+    std::array<size_t, kLabels> bits;
+    for (size_t l = 0; l < kLabels; ++l) bits[l] = Space::bit(l);
     for (size_t l = 0; l < kLabels; ++l) forward(0)[Space::start(l)] = trans[kLabels][l] + emit[0][l];
-    collectReached(0);
+    Arcs arc;
     for (size_t i = 1; i < n; ++i) {
+      arcsAt(i, arc);
       const float* before = forward(i - 1);
       float* now = forward(i);
-      for (const uint16_t from : reached_[i - 1]) {
-        const uint16_t* to = &steps_[from * kLabels];
-        const float* t = trans[Space::label(from)].data();
-        const float* e = emit[i].data();
-        for (size_t l = 0; l < kLabels; ++l)
-          if (to[l] != kNoState) now[to[l]] = std::max(now[to[l]], before[from] + (t[l] + e[l]));
+      for (size_t row = 0; row < kRows; ++row) {
+        const float* from = before + row * kLabels;
+        std::array<float, kLabels> best;
+        best.fill(-INFINITY);
+        bool reached = false;
+        for (size_t lf = 0; lf < kLabels; ++lf) {
+          if (from[lf] == -INFINITY) continue;
+          reached = true;
+          for (size_t l = 0; l < kLabels; ++l) best[l] = std::max(best[l], from[lf] + arc[lf][l]);
+        }
+        if (!reached) continue;
+        for (size_t l = 0; l < kLabels; ++l) {
+          // A label whose stretch is over goes on only from itself.
+          const bool begun = bits[l] & row;
+          const size_t to = begun ? row * kLabels + l : (row | bits[l]) * kLabels + l;
+          now[to] = std::max(now[to], begun ? from[l] + arc[l][l] : best[l]);
+        }
       }
-      collectReached(i);
     }
     for (size_t s = 0; s < Space::kStates; ++s)
       if (Space::end(s)) backward(n - 1)[s] = 0;
     for (size_t i = n - 1; i-- > 0;) {
+      arcsAt(i + 1, arc);
       const float* after = backward(i + 1);
       float* now = backward(i);
-      for (const uint16_t from : reached_[i]) {
-        const uint16_t* to = &steps_[from * kLabels];
-        const float* t = trans[Space::label(from)].data();
-        const float* e = emit[i + 1].data();
+      for (size_t row = 0; row < kRows; ++row) {
+        std::array<float, kLabels> next;  // the best on from each label taken anew
         for (size_t l = 0; l < kLabels; ++l)
-          if (to[l] != kNoState && after[to[l]] != -INFINITY)
-            now[from] = std::max(now[from], (t[l] + e[l]) + after[to[l]]);
+          next[l] = (bits[l] & row) ? -INFINITY : after[(row | bits[l]) * kLabels + l];
+        for (size_t lf = 0; lf < kLabels; ++lf) {
+          float best = -INFINITY;
+          for (size_t l = 0; l < kLabels; ++l) best = std::max(best, arc[lf][l] + next[l]);
+          if (bits[lf] & row) best = std::max(best, arc[lf][lf] + after[row * kLabels + lf]);
+          now[row * kLabels + lf] = best;
+        }
       }
     }
   }
@@ -192,7 +197,7 @@ class Lattice {
       size_t next = kNone;
       float top = -INFINITY;
       for (size_t l = 0; l < kLabels; ++l)
-        if (const uint16_t to = steps_[state * kLabels + l]; to != kNoState) {
+        if (const size_t to = Space::follow(state, l); to != kNone) {
           const float score = arc(i, state, l) + backward(i)[to];
           if (score > top) top = score, next = to;
         }
@@ -210,7 +215,7 @@ class Lattice {
     for (size_t i = 0; i < path.size(); ++i) {
       std::array<float, kLabels> best;
       best.fill(-INFINITY);
-      for (const uint16_t s : reached_[i])
+      for (size_t s = 0; s < Space::kStates; ++s)
         best[Space::label(s)] = std::max(best[Space::label(s)], forward(i)[s] + backward(i)[s]);
       float other = -INFINITY;
       for (size_t l = 0; l < kLabels; ++l)
@@ -223,22 +228,18 @@ class Lattice {
  private:
   // The score of taking label `l` at token `i` from state `from`.
   float arc(size_t i, size_t from, size_t l) const { return trans_[Space::label(from)][l] + emit_[i][l]; }
+  void arcsAt(size_t i, Arcs& out) const {
+    for (size_t lf = 0; lf < kLabels; ++lf)
+      for (size_t l = 0; l < kLabels; ++l) out[lf][l] = trans_[lf][l] + emit_[i][l];
+  }
   float* forward(size_t i) { return &forward_[i * Space::kStates]; }
   const float* forward(size_t i) const { return &forward_[i * Space::kStates]; }
   float* backward(size_t i) { return &backward_[i * Space::kStates]; }
   const float* backward(size_t i) const { return &backward_[i * Space::kStates]; }
-  // The states some sequence reaches at token i, in order.
-  void collectReached(size_t i) {
-    const float* row = forward(i);
-    for (size_t s = 0; s < Space::kStates; ++s)
-      if (row[s] != -INFINITY) reached_[i].push_back(static_cast<uint16_t>(s));
-  }
 
   const Emissions& emit_;
   const Transitions& trans_;
-  const std::vector<uint16_t>& steps_;
   std::vector<float> forward_, backward_;
-  std::vector<std::vector<uint16_t>> reached_;
 };
 
 // Whether a sequence has a title and makes one stretch of each kOneSpan label.

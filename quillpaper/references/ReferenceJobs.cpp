@@ -1,6 +1,7 @@
 #include "quillpaper/references/ReferenceJobs.h"
 
 #include <algorithm>
+#include <locale>
 #include <optional>
 #include <stdexcept>
 
@@ -10,6 +11,11 @@ namespace quillpaper {
 
 ReferenceJobs::ReferenceJobs(Session& session, ReferencePipeline::Options options, int threads)
     : threadCount_(static_cast<size_t>(std::max(threads, 1))) {
+  // The standard library's character classes fill a cache of narrowed
+  // characters as they are first asked (regular expressions ask, as they are
+  // compiled): filled here, the threads only read it.
+  const auto& characters = std::use_facet<std::ctype<char>>(std::locale());
+  for (int c = 0; c < 256; ++c) characters.narrow(static_cast<char>(c), '\0');
   try {
     for (size_t k = 0; k < threadCount_; ++k)
       threads_.emplace_back([this, &session, options] { work(session, options); });

@@ -5,6 +5,7 @@
 #include <cctype>
 #include <initializer_list>
 #include <string>
+#include <unordered_map>
 #include <utility>
 
 namespace quillreader {
@@ -175,40 +176,41 @@ std::string shape(std::string_view s) {
   return out;
 }
 
-bool inList(std::string_view word, std::initializer_list<std::string_view> list) {
-  return std::find(list.begin(), list.end(), word) != list.end();
-}
-
-const char* lexicon(const std::string& w) {
-  if (inList(w, {"january", "february", "march", "april", "may", "june", "july", "august", "september", "october",
-                 "november", "december", "jan", "feb", "mar", "apr", "jun", "jul", "aug", "sep", "sept", "oct",
-                 "nov", "dec", "spring", "summer", "fall", "autumn", "winter"}))
-    return "month";
-  if (inList(w, {"ed", "eds", "edn", "edition", "editor", "editors", "edited", "hrsg"})) return "ed";
-  if (inList(w, {"vol", "volume", "vols", "bd"})) return "vol";
-  if (inList(w, {"no", "nr", "issue", "iss", "number"})) return "no";
-  if (inList(w, {"p", "pp", "pages", "page", "s"})) return "pp";
-  if (inList(w, {"press", "university", "publishing", "publishers", "publisher", "books", "inc", "ltd", "co",
-                 "wiley", "springer", "elsevier", "sage", "routledge", "verlag", "academic", "association",
-                 "society", "institute", "house", "company", "group"}))
-    return "pub";
-  if (inList(w, {"journal", "review", "proceedings", "quarterly", "bulletin", "annals", "transactions", "letters",
-                 "magazine", "studies", "research", "science", "psychology", "psychological", "j", "rev", "proc",
-                 "trans", "conference", "symposium", "workshop", "international", "newsletter", "times", "post"}))
-    return "journal";
-  if (inList(w, {"in"})) return "in";
-  if (inList(w, {"retrieved", "available", "accessed", "from", "online", "at", "url", "cited", "viewed"}))
-    return "access";
-  if (inList(w, {"and", "&", "et", "al"})) return "and";
-  if (inList(w, {"thesis", "dissertation", "report", "video", "film", "podcast", "blog", "tweet", "manuscript",
-                 "unpublished", "doctoral", "master's", "masters", "phd", "technical", "motion", "picture"}))
-    return "genre";
-  if (inList(w, {"new", "york", "london", "washington", "cambridge", "oxford", "boston", "chicago", "berlin",
-                 "paris", "amsterdam", "philadelphia", "san", "francisco", "los", "angeles", "toronto", "ny", "ma",
-                 "ca", "dc", "nj", "il", "uk", "usa", "england", "heidelberg", "hillsdale", "mahwah", "thousand",
-                 "oaks"}))
-    return "place";
-  return nullptr;
+// The word lists the reader knows, by the feature they give ("month", "pub", ...).
+const char* lexicon(std::string_view w) {
+  static const std::unordered_map<std::string_view, const char*> kLexicon = [] {
+    std::unordered_map<std::string_view, const char*> map;
+    // A word's first list is its own.
+    const auto add = [&](const char* feature, std::initializer_list<std::string_view> words) {
+      for (std::string_view word : words) map.emplace(word, feature);
+    };
+    add("month", {"january", "february", "march", "april", "may", "june", "july", "august", "september", "october",
+                  "november", "december", "jan", "feb", "mar", "apr", "jun", "jul", "aug", "sep", "sept", "oct",
+                  "nov", "dec", "spring", "summer", "fall", "autumn", "winter"});
+    add("ed", {"ed", "eds", "edn", "edition", "editor", "editors", "edited", "hrsg"});
+    add("vol", {"vol", "volume", "vols", "bd"});
+    add("no", {"no", "nr", "issue", "iss", "number"});
+    add("pp", {"p", "pp", "pages", "page", "s"});
+    add("pub", {"press", "university", "publishing", "publishers", "publisher", "books", "inc", "ltd", "co",
+                "wiley", "springer", "elsevier", "sage", "routledge", "verlag", "academic", "association", "society",
+                "institute", "house", "company", "group"});
+    add("journal", {"journal", "review", "proceedings", "quarterly", "bulletin", "annals", "transactions", "letters",
+                    "magazine", "studies", "research", "science", "psychology", "psychological", "j", "rev", "proc",
+                    "trans", "conference", "symposium", "workshop", "international", "newsletter", "times",
+                    "post"});
+    add("in", {"in"});
+    add("access", {"retrieved", "available", "accessed", "from", "online", "at", "url", "cited", "viewed"});
+    add("and", {"and", "&", "et", "al"});
+    add("genre", {"thesis", "dissertation", "report", "video", "film", "podcast", "blog", "tweet", "manuscript",
+                  "unpublished", "doctoral", "master's", "masters", "phd", "technical", "motion", "picture"});
+    add("place", {"new", "york", "london", "washington", "cambridge", "oxford", "boston", "chicago", "berlin",
+                  "paris", "amsterdam", "philadelphia", "san", "francisco", "los", "angeles", "toronto", "ny", "ma",
+                  "ca", "dc", "nj", "il", "uk", "usa", "england", "heidelberg", "hillsdale", "mahwah", "thousand",
+                  "oaks"});
+    return map;
+  }();
+  const auto it = kLexicon.find(w);
+  return it == kLexicon.end() ? nullptr : it->second;
 }
 
 bool isRoman(const std::string& w) {

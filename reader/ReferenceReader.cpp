@@ -373,7 +373,9 @@ void Model::save(const std::filesystem::path& path) const {
 Model Model::load(const std::filesystem::path& path) {
   std::ifstream in(path, std::ios::binary);
   if (!in) throw ModelError("the reader's model " + path.string() + " cannot be opened");
-  const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  std::string bytes;
+  char block[1 << 16];
+  while (in.read(block, sizeof block) || in.gcount() > 0) bytes.append(block, static_cast<size_t>(in.gcount()));
   std::string_view data(bytes);
   if (!data.starts_with(kMagic)) throw ModelError(path.string() + " is not a model of the reference reader");
   data.remove_prefix(kMagic.size());
@@ -387,8 +389,14 @@ Model Model::load(const std::filesystem::path& path) {
     throw ModelError("the model file " + path.string() + " was made for another version of the reader");
   const float scale = take<float>(in2);
   Model model;
-  for (Scores& s : model.weights_)
-    for (float& w : s) w = static_cast<float>(take<int16_t>(in2)) * scale;
+  // The weights in one block: a million of them, read as one.
+  const size_t count = kBuckets * kLabels;
+  if (in2.size() < count * sizeof(int16_t)) throw ModelError("the model file " + path.string() + " is cut short");
+  std::vector<int16_t> stored(count);
+  std::copy_n(in2.data(), count * sizeof(int16_t), reinterpret_cast<char*>(stored.data()));
+  in2.remove_prefix(count * sizeof(int16_t));
+  for (size_t b = 0; b < kBuckets; ++b)
+    for (size_t l = 0; l < kLabels; ++l) model.weights_[b][l] = static_cast<float>(stored[b * kLabels + l]) * scale;
   for (Scores& s : model.transitions_)
     for (float& w : s) w = take<float>(in2);
   if (!in2.empty()) throw ModelError("the model file " + path.string() + " has bytes after its end");

@@ -30,9 +30,11 @@ bool endsWithNoCase(std::string_view text, std::string_view suffix) {
 
 // The position of the last `part` in `text`, case aside, or npos.
 size_t rfindNoCase(std::string_view text, std::string_view part) {
+  if (part.empty()) return text.size();
   if (part.size() > text.size()) return std::string_view::npos;
+  const char first = asciiLower(part[0]);
   for (size_t at = text.size() - part.size() + 1; at-- > 0;)
-    if (startsWithNoCase(text.substr(at), part)) return at;
+    if (asciiLower(text[at]) == first && startsWithNoCase(text.substr(at), part)) return at;
   return std::string_view::npos;
 }
 

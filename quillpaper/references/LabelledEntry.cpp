@@ -527,16 +527,43 @@ std::string_view tokenText(const quillreader::Reading& r, std::string_view entry
 }
 
 // A word the reader left out of the part on both its sides ("and N. E.
-// Wiseman" with "N" alone unlabelled) belongs to that part, and so does the
+// Wiseman" with "N" alone unlabelled) belongs to that part, and so do the
 // colon or dash between two stretches of one title ("Hypertext 2000 |:|
-// Databases or documents").
+// Databases or documents") and an initial's full stop between two stretches
+// of names.
 void fillGaps(quillreader::Reading& r, std::string_view entry) {
   for (size_t i = 1; i + 1 < r.labels.size(); ++i) {
     if (r.labels[i] != Label::Other || r.labels[i - 1] == Label::Other || r.labels[i - 1] != r.labels[i + 1]) continue;
     const std::string_view t = tokenText(r, entry, i);
     const unsigned char c = static_cast<unsigned char>(t[0]);
     const bool joins = t == ":" || t == "-" || t == "\xe2\x80\x93" || t == "\xe2\x80\x94";
-    if (std::isalpha(c) || (c >= 0x80 && !joins) || (joins && r.labels[i - 1] == Label::Title))
+    // The full stop of an initial inside a list of names ("A. B|.|, E. Park").
+    const bool initialStop = t == "." && (r.labels[i - 1] == Label::Author || r.labels[i - 1] == Label::Editor);
+    if (std::isalpha(c) || (c >= 0x80 && !joins) || (joins && r.labels[i - 1] == Label::Title) || initialStop)
+      r.labels[i] = r.labels[i - 1];
+  }
+}
+
+// Names the reading frayed at a particle or at "et al.": "E. der Mateosian"
+// with ". der" left out, "Anil Vullikanti, et al." with the family name left
+// out, belong to the list.
+void mendNameLists(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  const auto names = [](Label l) { return l == Label::Author || l == Label::Editor; };
+  const auto word = [&](size_t k) { return std::isalpha(static_cast<unsigned char>(tokenText(r, entry, k)[0])) != 0; };
+  const auto particle = [&](size_t k) {
+    const std::string_view t = tokenText(r, entry, k);
+    return t == "." || (word(k) && std::islower(static_cast<unsigned char>(t[0])) && t.size() <= 4);
+  };
+  for (size_t i = 1; i + 2 < n; ++i)
+    if (names(r.labels[i - 1]) && r.labels[i] == Label::Other && r.labels[i + 1] == Label::Other &&
+        r.labels[i + 2] == r.labels[i - 1] && particle(i) && particle(i + 1) && word(i + 2))
+      r.labels[i] = r.labels[i + 1] = r.labels[i - 1];
+  for (size_t i = 1; i + 2 < n; ++i) {
+    const std::string_view t = tokenText(r, entry, i);
+    if (names(r.labels[i - 1]) && r.labels[i] == Label::Other && word(i - 1) && word(i) &&
+        std::isupper(static_cast<unsigned char>(t[0])) && tokenText(r, entry, i + 1) == "," &&
+        str().lower(tokenText(r, entry, i + 2)) == "et")
       r.labels[i] = r.labels[i - 1];
   }
 }
@@ -659,6 +686,7 @@ quillreader::Reading mended(quillreader::Reading reading, std::string_view entry
   titleFillsItsQuotes(reading, entry);
   trimContainer(reading, entry);
   fillGaps(reading, entry);
+  mendNameLists(reading, entry);
   mendVancouverNames(reading, entry);
   extendTitleThroughItsYears(reading, entry);
   fillGaps(reading, entry);

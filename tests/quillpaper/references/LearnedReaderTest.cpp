@@ -169,6 +169,13 @@ TEST(LearnedReaderTest, NamesAsTheyAre) {
        "Asselin, D.; Arsenault, H.-H.; Prevost, D."},
       {"[1] Stotts PD, Furuta RK. Hypertext 2000: Databases or documents. Electronic Publishing 1991;4:119\u201321.",
        "Stotts, P. D.; Furuta, R. K."},
+      // A particle and an initial's full stop left out of the list, and the
+      // family name before "et al.".
+      {"Lee, A. B., E. der Park, M. Kim, and S. Stone. 1958. \u201cSleep.\u201d Journal of Things 1(6):197\u201398.",
+       "Lee, A. B.; der Park, E.; Kim, M.; Stone, S."},
+      {"Lee, Anna, Tom Park, Anil Vullikanti, et al. \u201cNaps at Noon,\u201d December 15, 2020. "
+       "https://doi.org/10.1101/2020.12.13.1.",
+       "Lee, Anna; Park, Tom; Vullikanti, Anil"},
   };
   const auto joined = [](const std::vector<PersonName>& list) {
     std::string names;

@@ -4,7 +4,7 @@
 # statistics' reference values) needs and the machine lacks.
 set -euo pipefail
 
-packages=(g++ cmake make pkg-config python3 libgtest-dev libgmock-dev libbenchmark-dev libzip-dev libpugixml-dev
+packages=(g++ cmake make pkg-config python3 libgtest-dev libgmock-dev libbenchmark-dev libzip-dev zlib1g-dev libpugixml-dev
           libeigen3-dev libboost-math-dev)
 case "${1:-}" in
   --office) packages+=(libreoffice-writer-nogui python3-uno poppler-utils fonts-liberation fonts-dejavu-core) ;;

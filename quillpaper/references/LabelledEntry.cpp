@@ -568,6 +568,27 @@ void mendNameLists(quillreader::Reading& r, std::string_view entry) {
   }
 }
 
+// Names do not run into a colon: words after the last initial of the names
+// and before a colon that leads into the title are the title's first words
+// ("Schwartz, C. |House Industries|: There goes the neighborhood").
+void titleBeforeItsColon(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  size_t end = 0;
+  while (end < n && r.labels[end] != Label::Author) ++end;
+  while (end < n && r.labels[end] == Label::Author) ++end;
+  if (end + 1 >= n || tokenText(r, entry, end) != ":" || r.labels[end + 1] != Label::Title) return;
+  size_t stop = end;
+  while (stop > 0 && r.labels[stop - 1] == Label::Author && tokenText(r, entry, stop - 1) != ".") --stop;
+  const auto initial = [&](size_t k) {
+    const std::string_view t = tokenText(r, entry, k);
+    return t.size() == 1 && std::isupper(static_cast<unsigned char>(t[0]));
+  };
+  if (stop < 2 || stop == end || r.labels[stop - 1] != Label::Author || !initial(stop - 2)) return;
+  for (size_t k = stop; k < end; ++k)
+    if (!std::isalpha(static_cast<unsigned char>(tokenText(r, entry, k)[0]))) return;
+  for (size_t k = stop; k <= end; ++k) r.labels[k] = Label::Title;
+}
+
 // Vancouver's names ("Stotts PD, Furuta RK.") where the reading frayed them:
 // initials left out after their family name join it, and words read as
 // names after the full stop that ends such a list are the title's.
@@ -688,6 +709,7 @@ quillreader::Reading mended(quillreader::Reading reading, std::string_view entry
   fillGaps(reading, entry);
   mendNameLists(reading, entry);
   mendVancouverNames(reading, entry);
+  titleBeforeItsColon(reading, entry);
   extendTitleThroughItsYears(reading, entry);
   fillGaps(reading, entry);
   return reading;

@@ -136,6 +136,10 @@ TEST(LearnedReaderTest, TitlesKeepTheirMarks) {
        "Sleep 2000: Naps or Nights", false},
       {"Lee, Anna. \u201cContents of Double Issue 46\u201347 (2006).\u201d Journal of Things 28, no. 2 (2007): 261.",
        "Contents of Double Issue 46\u201347 (2006)", true},
+      // Names do not run into the colon of a title.
+      {"(1) Park, D. Sun Kitchens: There Goes the Lunch: A Look at a Cafe Serving Soup with a Taste of Its Own. "
+       "Food: The Magazine of Eating. 2001, pp 5\u20137.",
+       "Sun Kitchens: There Goes the Lunch: A Look at a Cafe Serving Soup with a Taste of Its Own", false},
       // The APA form would read "A study (part one. Journal of Things" as one title.
       {"Lee, A. (2016) A study (part one. Journal of Things, 3, pp. 4\u20135.", "A study (part one", false},
   };

@@ -122,7 +122,7 @@ struct OneStretchEach {
 // best sequence and each label's max-marginal. A state is a set of labels
 // begun (a row) and a label; the steps out of one row to one label are taken
 // together, as a max-plus product of the row with the token's label-to-label
-// scores, which the compiler turns into vector instructions.
+// scores, and a row no sequence reaches is passed over whole.
 template <class Space>
 class Lattice {
  public:

@@ -288,6 +288,16 @@ std::vector<std::string> brokenPunctuation(std::string_view text) {
   for (std::string_view p : {". ,", ", ,", ",,", ", .", ",.", ". :", ". .", "..", "()", "( )", "[]", "[ ]"}) {
     for (size_t at = t.find(p); at != std::string::npos; at = t.find(p, at + 1)) found.emplace_back(p);
   }
+  // A bracket or parenthesis opened and not closed, or closed and not opened.
+  for (const auto& [open, close] : {std::pair{'[', ']'}, std::pair{'(', ')'}}) {
+    int depth = 0;
+    bool stray = false;
+    for (char c : t) {
+      if (c == open) ++depth;
+      if (c == close && --depth < 0) stray = true, depth = 0;
+    }
+    if (depth > 0 || stray) found.push_back(std::string(1, open) + " without its " + close);
+  }
   // "&" joins names; before a number ("65, & 1190–1204") it joins nothing.
   for (size_t at = t.find("& "); at != std::string::npos; at = t.find("& ", at + 1))
     if (at + 2 < t.size() && std::isdigit(static_cast<unsigned char>(t[at + 2]))) found.emplace_back("& before a number");
@@ -359,7 +369,17 @@ bool keepsWordOrder(std::string_view typed, std::string_view written, size_t sla
     for (size_t j = 0; j < b.size(); ++j) next[j + 1] = same(i, j) ? row[j] + 1 : std::max(row[j + 1], next[j]);
     std::swap(row, next);
   }
-  return row[b.size()] + slack >= a.size();
+  // Words the written form leaves out are the audit's to judge (the 7th
+  // edition leaves out a publisher's place); here only the order of those it
+  // keeps counts.
+  size_t kept = 0;
+  for (size_t i = 0; i < a.size(); ++i)
+    for (size_t j = 0; j < b.size(); ++j)
+      if (same(i, j)) {
+        ++kept;
+        break;
+      }
+  return row[b.size()] + slack >= kept;
 }
 
 std::string WordAudit::reason() const {

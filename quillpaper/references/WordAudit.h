@@ -38,10 +38,12 @@ struct WordAudit {
 
 WordAudit auditWords(std::string_view typed, std::string_view written, const Rewrites& rewrites = {});
 
-// Whether `written` keeps the typed words in their order, but for `slack`
-// words (what APA moves on its own, the "&" before the last author among
-// them), a given name written as its initials keeping its place: an entry typed in APA's own order comes back in it, one typed in
-// another style's order ("Kernis MH. Title. J Pers. 1993;65:1190.") does not.
+// Whether `written` keeps the typed words it writes in their order, but for
+// `slack` words (what APA moves on its own, the "&" before the last author
+// among them), a given name written as its initials keeping its place: an
+// entry typed in APA's own order comes back in it, one typed in another
+// style's order ("Kernis MH. Title. J Pers. 1993;65:1190.") does not. Words
+// left out do not count: whether they may be is the audit's question.
 bool keepsWordOrder(std::string_view typed, std::string_view written, size_t slack = 2);
 
 // The words of `text` as the audit compares them, in order.

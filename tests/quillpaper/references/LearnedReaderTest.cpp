@@ -151,6 +151,26 @@ TEST(LearnedReaderTest, TitlesKeepTheirMarks) {
   }
 }
 
+// APA input written in the 7th edition, which leaves out a publisher's place
+// and an e-book's version, is still the APA rules': words left out are the
+// audit's to judge, not a sign of another style's order. Catches such entries
+// sent to the learned reader, which wrote "[Adobe Digital Editions version."
+// with its bracket left open.
+TEST(LearnedReaderTest, ApaInputStaysTheRulesInTheSeventhEdition) {
+  ReferencePipeline pipeline = learnedPipeline(7);
+  const std::pair<const char*, const char*> rows[] = {
+      {"Lee, A. (2001). Sleep at noon: A guide to naps. New York, NY: Sleep Press.",
+       "Lee, A. (2001). Sleep at noon: A guide to naps. Sleep Press."},
+      {"Lee, A., & Park, T. (2001). Sleep at noon [Adobe Digital Editions version]. doi:10.1036/0071393722",
+       "Lee, A., & Park, T. (2001). Sleep at noon. https://doi.org/10.1036/0071393722"},
+  };
+  for (const auto& [typed, written] : rows) {
+    const FormattedReference f = pipeline.format(typed, 1);
+    EXPECT_EQ(f.reader, "apa") << typed;
+    EXPECT_EQ(f.text(), written);
+  }
+}
+
 // Names as other styles write them. Catches a group's name split at its
 // "and", a word of a name the reading left out splitting the list,
 // hyphenated or unlabelled Vancouver initials lost, and editors taken for
@@ -224,6 +244,23 @@ TEST(LearnedReaderTest, TypeFromTheParts) {
       {"1. Graham, G. Behaviourism. The Stanford encyclopedia of philosophy (2019).", 0},
   };
   for (const auto& [typed, type] : rows) EXPECT_EQ(pipeline.format(typed, 1).type, type) << typed;
+}
+
+// A container's parenthesis ("Sleep Review (New Series)") cut off by the APA
+// form would leave it open: such an entry is kept as typed, as anything
+// the audit finds broken. Catches "Sleep Review (New Series." written.
+TEST(LearnedReaderTest, BracketsStayClosed) {
+  ReferencePipeline pipeline = learnedPipeline(6);
+  for (const char* typed : {"1. Lee, A. A history of naps. Sleep Review (New Series) (2015)."}) {
+    const FormattedReference f = pipeline.format(typed, 1);
+    const std::string text = f.ok() ? f.text() : f.input;  // what the list shows
+    int depth = 0;
+    for (char c : text) {
+      depth += c == '(' ? 1 : c == ')' ? -1 : 0;
+      EXPECT_GE(depth, 0) << text;
+    }
+    EXPECT_EQ(depth, 0) << text;
+  }
 }
 
 // Entries fuzzing found the learned path damaging: each comes out whole or as typed.

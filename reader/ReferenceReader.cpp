@@ -92,28 +92,20 @@ size_t oneSpanBit(size_t label) {
 }
 const size_t kTitleBit = oneSpanBit(static_cast<size_t>(Label::Title));
 
-// Any label after any other: a state is the label.
+// The two spaces of label sequences the decoder searches. A state is a row
+// (the set of labels held to one stretch that have begun, as bits) and a
+// label: state = row * kLabels + label.
+// Any label after any other: one row, no label held to one stretch.
 struct AnySequence {
   static constexpr size_t kStates = kLabels;
-  static size_t label(size_t state) { return state; }
-  static size_t start(size_t l) { return l; }
-  static size_t bit(size_t) { return 0; }  // no label is held to one stretch
-  static size_t follow(size_t, size_t l) { return l; }
+  static size_t bit(size_t) { return 0; }
   static bool end(size_t) { return true; }
 };
 
-// Sequences with a title, in which each kOneSpan label makes one stretch at
-// most: a state is the label and the kOneSpan labels begun so far.
+// Sequences with a title, in which each kOneSpan label makes one stretch at most.
 struct OneStretchEach {
   static constexpr size_t kStates = (size_t{1} << kOneSpan.size()) * kLabels;
-  static size_t label(size_t state) { return state % kLabels; }
-  static size_t start(size_t l) { return oneSpanBit(l) * kLabels + l; }
   static size_t bit(size_t l) { return oneSpanBit(l); }
-  static size_t follow(size_t from, size_t l) {
-    const size_t begun = from / kLabels, b = oneSpanBit(l);
-    if (l != from % kLabels && (begun & b)) return kNone;  // that label's stretch is over
-    return (begun | b) * kLabels + l;
-  }
   static bool end(size_t state) { return (state / kLabels) & kTitleBit; }
 };
 
@@ -138,7 +130,7 @@ class Lattice {
     if (n == 0) return;
     std::array<size_t, kLabels> bits;
     for (size_t l = 0; l < kLabels; ++l) bits[l] = Space::bit(l);
-    for (size_t l = 0; l < kLabels; ++l) forward(0)[Space::start(l)] = trans[kLabels][l] + emit[0][l];
+    for (size_t l = 0; l < kLabels; ++l) forward(0)[start(l)] = trans[kLabels][l] + emit[0][l];
     Arcs arc;
     for (size_t i = 1; i < n; ++i) {
       arcsAt(i, arc);
@@ -192,18 +184,18 @@ class Lattice {
     size_t state = 0;
     for (size_t s = 1; s < Space::kStates; ++s)
       if (forward(0)[s] + backward(0)[s] > forward(0)[state] + backward(0)[state]) state = s;
-    out.push_back(Space::label(state));
+    out.push_back(label(state));
     for (size_t i = 1; i < n; ++i) {
       size_t next = kNone;
       float top = -INFINITY;
       for (size_t l = 0; l < kLabels; ++l)
-        if (const size_t to = Space::follow(state, l); to != kNone) {
+        if (const size_t to = follow(state, l); to != kNone) {
           const float score = arc(i, state, l) + backward(i)[to];
           if (score > top) top = score, next = to;
         }
       if (next == kNone) break;  // no sequence of the space fits (none has a title): the best so far
       state = next;
-      out.push_back(Space::label(state));
+      out.push_back(label(state));
     }
     return out;
   }
@@ -216,7 +208,7 @@ class Lattice {
       std::array<float, kLabels> best;
       best.fill(-INFINITY);
       for (size_t s = 0; s < Space::kStates; ++s)
-        best[Space::label(s)] = std::max(best[Space::label(s)], forward(i)[s] + backward(i)[s]);
+        best[label(s)] = std::max(best[label(s)], forward(i)[s] + backward(i)[s]);
       float other = -INFINITY;
       for (size_t l = 0; l < kLabels; ++l)
         if (l != path[i]) other = std::max(other, best[l]);
@@ -226,8 +218,17 @@ class Lattice {
   }
 
  private:
+  static size_t label(size_t state) { return state % kLabels; }
+  static size_t start(size_t l) { return Space::bit(l) * kLabels + l; }
+  // The state after `from` on label `l`, or kNone: a label whose stretch is
+  // over goes on only from itself.
+  static size_t follow(size_t from, size_t l) {
+    const size_t row = from / kLabels, b = Space::bit(l);
+    if (l != label(from) && (row & b)) return kNone;
+    return (row | b) * kLabels + l;
+  }
   // The score of taking label `l` at token `i` from state `from`.
-  float arc(size_t i, size_t from, size_t l) const { return trans_[Space::label(from)][l] + emit_[i][l]; }
+  float arc(size_t i, size_t from, size_t l) const { return trans_[label(from)][l] + emit_[i][l]; }
   void arcsAt(size_t i, Arcs& out) const {
     for (size_t lf = 0; lf < kLabels; ++lf)
       for (size_t l = 0; l < kLabels; ++l) out[lf][l] = trans_[lf][l] + emit_[i][l];

@@ -471,12 +471,21 @@ std::string notesOf(const quillreader::Reading& r, std::string_view entry) {
   return out;
 }
 
+// A month's name as APA writes it, for the name or its abbreviation in any
+// case ("oct", "October"); empty for any other word.
+std::string_view monthName(std::string_view word) {
+  static constexpr std::pair<std::string_view, std::string_view> kMonths[] = {
+      {"jan", "January"}, {"feb", "February"}, {"mar", "March"},     {"apr", "April"},      {"may", "May"},
+      {"jun", "June"},    {"jul", "July"},     {"aug", "August"},    {"sep", "September"},  {"sept", "September"},
+      {"oct", "October"}, {"nov", "November"}, {"dec", "December"}};
+  const std::string w = str().lower(word);
+  for (const auto& [abbreviation, name] : kMonths)
+    if (w == abbreviation || w == str().lower(name)) return name;
+  return {};
+}
+
 // "(1993)", "(1990, April 9)": the year first, then what else the date says.
 std::string dateOf(const quillreader::Reading& r, std::string_view entry, Rewrites& rewrites) {
-  static const std::pair<const char*, const char*> months[] = {
-      {"jan", "January"}, {"feb", "February"}, {"mar", "March"}, {"apr", "April"}, {"jun", "June"},
-      {"jul", "July"},    {"aug", "August"},   {"sep", "September"}, {"sept", "September"}, {"oct", "October"},
-      {"nov", "November"}, {"dec", "December"}};
   std::string year, month, day;
   bool yearEndsTitle = false;
   for (size_t i = 0; i < r.tokens.size(); ++i) {
@@ -492,12 +501,12 @@ std::string dateOf(const quillreader::Reading& r, std::string_view entry, Rewrit
       day = w;
     } else if (!w.empty() && std::isalpha(static_cast<unsigned char>(w[0]))) {
       month = w;
-      for (const auto& [abbreviation, name] : months)
-        if (str().lower(w) == abbreviation) {
-          rewrites.mayLose.push_back(w);
-          rewrites.mayAdd.push_back(name);
-          month = name;
-        }
+      // An abbreviation is written out ("Oct" as "October").
+      if (const std::string_view name = monthName(w); !name.empty() && str().lower(w) != str().lower(name)) {
+        rewrites.mayLose.push_back(w);
+        rewrites.mayAdd.push_back(std::string(name));
+        month = name;
+      }
     }
   }
   if (year.empty()) return {};
@@ -687,12 +696,11 @@ void trimContainer(quillreader::Reading& r, std::string_view entry) {
   while (end < n && r.labels[end] == Label::Container) ++end;
   if (end - begin < 2) return;
   if (tokenText(r, entry, begin) == "in") r.labels[begin++] = Label::Other;
-  static constexpr std::array<std::string_view, 12> kMonths = {"january", "february", "march",     "april",
-                                                               "may",     "june",     "july",      "august",
-                                                               "september", "october", "november", "december"};
   for (size_t k = begin + 1; k + 1 < end; ++k) {
-    const std::string word = str().lower(tokenText(r, entry, k + 1));
-    if (tokenText(r, entry, k) != "," || std::find(kMonths.begin(), kMonths.end(), word) == kMonths.end()) continue;
+    const std::string_view word = tokenText(r, entry, k + 1);
+    // A month written out: "May", "October" (not "Dec", which may be a name's part).
+    const std::string_view month = monthName(word);
+    if (tokenText(r, entry, k) != "," || month.empty() || str().lower(word) != str().lower(month)) continue;
     const bool day = k + 2 == end || (k + 3 == end && allDigits(tokenText(r, entry, k + 2)));
     if (!day) continue;
     r.labels[k] = Label::Other;

@@ -108,9 +108,13 @@ int refsCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
   const quillreader::Model* model = readerModel(modelProblem);
   if (!model) err << "quillpaper refs: entries in other citation styles are kept as typed: " << modelProblem << "\n";
   const ReferencePipeline::Options options{.edition = edition, .reader = model, .readerThreshold = threshold};
-  ReferencePipeline pipeline(session, options);
+  // One pipeline on this thread, or the threads' own.
+  std::optional<ReferencePipeline> pipeline;
   std::optional<ReferenceJobs> threads;
-  if (jobs > 1) threads.emplace(session, options, jobs);
+  if (jobs > 1)
+    threads.emplace(session, options, jobs);
+  else
+    pipeline.emplace(session, options);
   std::optional<OutputFile> file;
   if (output) file.emplace(*output);
   std::ostream& sink = file ? file->stream() : out;
@@ -127,7 +131,7 @@ int refsCommand(CommandLine& cl, std::ostream& out, std::ostream& err) {
       }
     } else {
       for (const ReferenceLine& l : batch) {
-        const FormattedReference r = pipeline.format(l.text, l.number);
+        const FormattedReference r = pipeline->format(l.text, l.number);
         report(r, err);
         take(r);
       }

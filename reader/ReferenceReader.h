@@ -38,6 +38,10 @@ std::string_view labelName(Label label);
 // The label of a name, or Other for a name it does not know.
 Label labelNamed(std::string_view name);
 
+// Whether `word`, in any case, is a common given name ("Joseph", "María"):
+// one of the word lists the reader's features know.
+bool isGivenName(std::string_view word);
+
 // A token: bytes [begin, end) of the entry. An address or DOI is one token,
 // a run of digits another, a word (with inner apostrophes and hyphens)
 // another, any other character one of its own.

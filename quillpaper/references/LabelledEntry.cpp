@@ -621,8 +621,22 @@ void mendVancouverNames(quillreader::Reading& r, std::string_view entry) {
       ++i;
       continue;
     }
-    if (i < n && r.labels[i] == Label::Author && tokenText(r, entry, i) == ".")
-      for (size_t k = i + 1; k < n && r.labels[k] == Label::Author; ++k) r.labels[k] = Label::Title;
+    if (i >= n || r.labels[i] != Label::Author || tokenText(r, entry, i) != ".") break;
+    // Initials with full stops of their own: "Chamberlin J., Novotney A." goes on.
+    if (i + 1 < n && r.labels[i + 1] == Label::Author && tokenText(r, entry, i + 1) == ",") {
+      i += 2;
+      continue;
+    }
+    // "Joseph T. Sinclair": a given name and an initial, then the family name,
+    // is no Vancouver list ("Karasik P. Cartoon." is); nor is "Cécile B.
+    // Roisin and …", where another name follows the family name.
+    if (tokenText(r, entry, i - 1).size() == 1 && i + 1 < n && family(i + 1)) {
+      const bool anotherName = i + 2 < n && r.labels[i + 2] == Label::Author &&
+                               (tokenText(r, entry, i + 2) == "," || tokenText(r, entry, i + 2) == "and" ||
+                                tokenText(r, entry, i + 2) == "&");
+      if (anotherName || quillreader::isGivenName(tokenText(r, entry, i - 2))) break;
+    }
+    for (size_t k = i + 1; k < n && r.labels[k] == Label::Author; ++k) r.labels[k] = Label::Title;
     break;
   }
 }

@@ -165,6 +165,13 @@ bool looksApa(std::string_view entry) {
   return at < text.size() * 2 / 3 && !quoted;
 }
 
+// A volume joined to its pages by a colon, as people and other styles
+// write it ("135:28–31", "12(3): 45–67").
+bool hasVolumeColonPages(std::string_view entry) {
+  static const std::regex kVolumeColonPages(R"((?:^|[\s,])[0-9]+(?:\([^)\s]{1,10}\))?:\s?[0-9]+)");
+  return std::regex_search(entry.begin(), entry.end(), kVolumeColonPages);
+}
+
 // "New York, NY", "London, England", "Thousand Oaks, CA": a few words of a
 // place, nothing a title or a publisher would hold.
 bool looksLikePlace(std::string_view place) {
@@ -264,7 +271,9 @@ FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
   if (!r.excludedBecause.empty() || !options_.reader || options_.steps != Steps::All) return r;
   // The APA rules' reading stands for an entry typed in APA's own form: its
   // date in APA's place ("Lee, A. (2001). …") and its words in their order.
-  if (r.ok() && looksApa(r.input) && keepsWordOrder(r.input, r.text())) return r;
+  // (A volume and its pages the rules did not read as a periodical's are not.)
+  const bool volumeUnread = r.volume.empty() && hasVolumeColonPages(r.input);
+  if (r.ok() && looksApa(r.input) && keepsWordOrder(r.input, r.text()) && !volumeUnread) return r;
   return formatAsLabelled(entry, std::move(r));
 }
 
@@ -277,9 +286,10 @@ FormattedReference ReferencePipeline::formatAsLabelled(std::string_view entry, F
   };
   std::string text = tidyEntry(entry);
   if (text.empty() || !str().isValidUtf8(entry)) return rules;
-  // A list's numbering ("[3]", "(3)", "3.") is no part of the work.
+  // A list's numbering ("[3]", "(3)", "3.") or citation key ("[Knu84]",
+  // "[GMRS04]", "[JPS+18a]") is no part of the work.
   std::string numbering;
-  static const std::regex kNumbering(R"(^(\[[0-9]+\]|\([0-9]+\)|[0-9]+\.)\s+)");
+  static const std::regex kNumbering(R"(^(\[[0-9]+\]|\([0-9]+\)|[0-9]+\.|\[[A-Za-z][A-Za-z+-]{0,7}[0-9]{2,4}[a-z]?\])\s+)");
   std::smatch m;
   if (std::regex_search(text, m, kNumbering)) {
     numbering = m[1].str();

@@ -200,6 +200,16 @@ TEST(LearnedReaderTest, NamesAsTheyAre) {
       {"Lee, Anna, Tom Park, Anil Vullikanti, et al. \u201cNaps at Noon,\u201d December 15, 2020. "
        "https://doi.org/10.1101/2020.12.13.1.",
        "Lee, Anna; Park, Tom; Vullikanti, Anil"},
+      // Given names first, as BibTeX writes them: a given name and an
+      // initial are no Vancouver family name and initials, whether the list
+      // goes on or the given name is a known one. "[Hol93]" is a citation key.
+      {"Thomas K. Holm. Rivers of the north. Harbor Press, Boston, MA, 1998.", "Holm, Thomas K."},
+      {"Dagny R. Holm and Piet Vermeer. Rivers of the north. River Studies, 12(3):45\u201367, 1998.",
+       "Holm, Dagny R.; Vermeer, Piet"},
+      {"[Hol93] Dagny Holm. Rivers of the north. River Studies, 6(4):327\u2013341, December 1993.", "Holm, Dagny"},
+      // Vancouver's initials with full stops, and a title of one word.
+      {"Holm D., Vermeer P. Rivers of the north. River Studies 1998;12:45\u201367.", "Holm, D.; Vermeer, P."},
+      {"[1] Holm D. Rivers. River Studies 1998;12:45\u201367.", "Holm, D."},
   };
   const auto joined = [](const std::vector<PersonName>& list) {
     std::string names;
@@ -242,6 +252,8 @@ TEST(LearnedReaderTest, TypeFromTheParts) {
       {"Pappas TL. Product reviews \u2014 TeXnology on the IBM PC. Computer 1989;22:111\u201320.", 1},
       {"1. Lee, A. Naps at noon. Sleepers 22, 111\u2013120 (1989).", 1},
       {"1. Graham, G. Behaviourism. The Stanford encyclopedia of philosophy (2019).", 0},
+      // APA's date, then a volume joined to its pages: not APA's form, though the rules read it as a book's.
+      {"Holm, D. R. (1990). Rivers of the north. River Monthly, 135:28\u201331.", 1},
   };
   for (const auto& [typed, type] : rows) EXPECT_EQ(pipeline.format(typed, 1).type, type) << typed;
 }

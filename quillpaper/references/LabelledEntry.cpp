@@ -347,9 +347,16 @@ std::string fullPages(std::string pages, Rewrites& rewrites) {
   return from + "\xe2\x80\x93" + to;
 }
 
-// "2nd ed.", as APA writes an edition typed "2nd edn", "2nd edition", "2".
+// "2nd ed.", as APA writes an edition typed "2nd edn", "2nd edition", "2",
+// "second edition".
 std::string editionOf(const std::string& typed, Rewrites& rewrites) {
   std::string number = typed.substr(0, typed.find(' '));
+  const std::string word = str().lower(number);
+  if (const std::string numbered = ordinalOf(word); numbered != word) {
+    rewrites.mayLose.push_back(number);
+    rewrites.mayAdd.push_back(numbered);
+    return numbered + " ed.";
+  }
   size_t digits = 0;
   while (digits < number.size() && std::isdigit(static_cast<unsigned char>(number[digits]))) ++digits;
   if (digits == 0) return typed + (str().contains(str().lower(typed), "ed") ? "" : " ed.");
@@ -699,9 +706,10 @@ void titleFillsItsQuotes(quillreader::Reading& r, std::string_view entry) {
 }
 
 // A container's name without the "in" that leads to it ("Pp. 156–65 in
-// Raster imaging …": a name begins with a capital) and without the month
-// that dates the issue after it ("The New Yorker, April 14", "MacUser,
-// October"), which is the date's.
+// Raster imaging …": a name begins with a capital), without the label of
+// the pages after it ("…, pages 527–532") and without the month that dates
+// the issue after it ("The New Yorker, April 14", "MacUser, October"),
+// which is the date's.
 void trimContainer(quillreader::Reading& r, std::string_view entry) {
   const size_t n = r.labels.size();
   size_t begin = 0;
@@ -710,6 +718,16 @@ void trimContainer(quillreader::Reading& r, std::string_view entry) {
   while (end < n && r.labels[end] == Label::Container) ++end;
   if (end - begin < 2) return;
   if (tokenText(r, entry, begin) == "in") r.labels[begin++] = Label::Other;
+  // Nor the label of the pages that follow it ("…, pages 527–532").
+  const auto pagesLabel = [&](size_t k) {
+    const std::string w = str().lower(tokenText(r, entry, k));
+    return w == "pages" || w == "page" || w == "pp" || w == "p";
+  };
+  if (end < r.labels.size() && r.labels[end] == Label::Pages && end - begin > 2 && pagesLabel(end - 1)) {
+    r.labels[--end] = Label::Other;
+    while (end > begin + 1 && (tokenText(r, entry, end - 1) == "," || tokenText(r, entry, end - 1) == "."))
+      r.labels[--end] = Label::Other;
+  }
   for (size_t k = begin + 1; k + 1 < end; ++k) {
     const std::string_view word = tokenText(r, entry, k + 1);
     // A month written out: "May", "October" (not "Dec", which may be a name's part).
@@ -723,6 +741,31 @@ void trimContainer(quillreader::Reading& r, std::string_view entry) {
   }
 }
 
+// An edition as other styles write it where APA does not ("Addison-Wesley,
+// fourth edition, 2004", "Boston, 2nd edn."), which the reading left
+// unlabelled or took for a volume, is the edition.
+void editionsWhereTyped(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  if (std::find(r.labels.begin(), r.labels.end(), Label::Edition) != r.labels.end()) return;
+  const auto lower = [&](size_t k) { return str().lower(tokenText(r, entry, k)); };
+  for (size_t k = 1; k < n; ++k) {
+    const std::string word = lower(k);
+    if (word != "edition" && word != "edn" && word != "ed") continue;
+    size_t from = k;
+    if (const std::string before = lower(k - 1); ordinalOf(before) != before)
+      from = k - 1;
+    else if (k >= 2 && allDigits(tokenText(r, entry, k - 2)) &&
+             (before == "st" || before == "nd" || before == "rd" || before == "th"))
+      from = k - 2;
+    // (Its number is no volume's: "2nd edition" is no "Vol. 2".)
+    if (from == k || std::any_of(r.labels.begin() + static_cast<long>(from), r.labels.begin() + static_cast<long>(k) + 1,
+                                 [](Label l) { return l != Label::Other && l != Label::Volume; }))
+      continue;
+    std::fill(r.labels.begin() + static_cast<long>(from), r.labels.begin() + static_cast<long>(k) + 1, Label::Edition);
+    return;
+  }
+}
+
 }  // namespace
 
 quillreader::Reading mended(quillreader::Reading reading, std::string_view entry) {
@@ -733,6 +776,7 @@ quillreader::Reading mended(quillreader::Reading reading, std::string_view entry
   mendVancouverNames(reading, entry);
   titleBeforeItsColon(reading, entry);
   extendTitleThroughItsYears(reading, entry);
+  editionsWhereTyped(reading, entry);
   fillGaps(reading, entry);
   return reading;
 }

@@ -138,15 +138,6 @@ bool isLabelWord(std::string_view w) {
   return w == "edition" || w == "volume" || w == "retrieved" || w == "accessed" || w == "viewed" || w == "url";
 }
 
-std::string ordinalOf(std::string_view w) {
-  static constexpr std::array<std::string_view, 10> kOrdinals = {"first",   "second", "third",  "fourth", "fifth",
-                                                                 "sixth",   "seventh", "eighth", "ninth", "tenth"};
-  static constexpr std::array<std::string_view, 10> kNumbered = {"1st", "2nd", "3rd", "4th", "5th",
-                                                                 "6th", "7th", "8th", "9th", "10th"};
-  for (size_t k = 0; k < kOrdinals.size(); ++k)
-    if (w == kOrdinals[k]) return std::string(kNumbered[k]);
-  return std::string(w);
-}
 
 // Whether `w` may stand in a retrieval date: "May 5, 2010", "2010-05-05".
 bool isDateWord(std::string_view w) {
@@ -313,6 +304,16 @@ std::vector<std::string> brokenPunctuation(std::string_view text) {
 }
 
 }  // namespace
+
+std::string ordinalOf(std::string_view w) {
+  static constexpr std::array<std::string_view, 10> kOrdinals = {"first",   "second", "third",  "fourth", "fifth",
+                                                                 "sixth",   "seventh", "eighth", "ninth", "tenth"};
+  static constexpr std::array<std::string_view, 10> kNumbered = {"1st", "2nd", "3rd", "4th", "5th",
+                                                                 "6th", "7th", "8th", "9th", "10th"};
+  for (size_t k = 0; k < kOrdinals.size(); ++k)
+    if (w == kOrdinals[k]) return std::string(kNumbered[k]);
+  return std::string(w);
+}
 
 std::vector<std::string> comparableWords(std::string_view text) { return wordsOf(text); }
 

@@ -46,6 +46,10 @@ WordAudit auditWords(std::string_view typed, std::string_view written, const Rew
 // left out do not count: whether they may be is the audit's question.
 bool keepsWordOrder(std::string_view typed, std::string_view written, size_t slack = 2);
 
+// An edition's ordinal word in lower case as APA writes it ("fourth" is
+// "4th"); any other word as it is.
+std::string ordinalOf(std::string_view word);
+
 // The words of `text` as the audit compares them, in order.
 std::vector<std::string> comparableWords(std::string_view text);
 

@@ -239,8 +239,28 @@ TEST(LearnedReaderTest, ContainersAsNamed) {
        "Meeting, edited by A. Park. Boston, MA: Faber.",
        "Sleep and Its Rhythms: Papers from the Second Meeting"},
       {"Lee, A. (1991) \u201cNaps at noon,\u201d The Sleeper, October, p. 165.", "The Sleeper"},
+      {"Dagny Holm and Piet Vermeer. Rivers of the north. In Anna Lee and Tom Park, editors, Rivers and lakes: 8th "
+       "International Conference, pages 527\u2013532. Harbor Press, Berlin, 1995.",
+       "Rivers and lakes: 8th International Conference"},
   };
   for (const auto& [typed, container] : rows) EXPECT_EQ(pipeline.format(typed, 1).containerTitle, container) << typed;
+}
+
+// An edition where BibTeX writes it, after the publisher, in APA's form.
+// Catches "fourth edition" left unread (the entry is then kept as typed).
+TEST(LearnedReaderTest, EditionsWhereTyped) {
+  ReferencePipeline pipeline = learnedPipeline(6);
+  const std::pair<const char*, const char*> rows[] = {
+      {"Thomas K. Holm. Rivers of the north. Harbor Press, Boston, MA, fourth edition, 1998.",
+       "Holm, T. K. (1998). Rivers of the north (4th ed.). Boston, MA: Harbor Press."},
+      {"Dagny Holm. Rivers of the North. Harbor Press, Boston, 2nd edition, 1998.",
+       "Holm, D. (1998). Rivers of the North (2nd ed.). Boston: Harbor Press."},
+  };
+  for (const auto& [typed, apa] : rows) {
+    const FormattedReference f = pipeline.format(typed, 1);
+    EXPECT_TRUE(f.ok()) << typed;
+    EXPECT_EQ(f.text(), apa) << typed;
+  }
 }
 
 // The type from what the reading found. Catches an article whose journal

@@ -63,11 +63,6 @@ bool isGivenWord(std::string_view w) {
   return true;
 }
 
-bool isSuffix(std::string_view token) {
-  const std::string t = str().trimmed(token);
-  return t == "Jr." || t == "Sr." || t == "II" || t == "III" || t == "IV" || t == "II." || t == "III." || t == "IV.";
-}
-
 // "R. R.", "G.": initials with their full stops, never a family name.
 bool looksLikeInitials(std::string_view token) {
   const std::vector<std::string> words = str().split(str().trimmed(token), " ", -1);
@@ -178,6 +173,11 @@ void dropClosingStop(std::string& name) {
 
 }  // namespace
 
+bool isSuffix(std::string_view token) {
+  const std::string t = str().trimmed(token);
+  return t == "Jr." || t == "Sr." || t == "II" || t == "III" || t == "IV" || t == "II." || t == "III." || t == "IV.";
+}
+
 NameList readNames(std::string_view list) {
   NameList out;
   std::string text = str().trimmed(list);
@@ -287,6 +287,9 @@ std::string formatNames(const NameList& list, const AuthorStyle& style) {
 }
 
 std::string initialsOf(std::string_view given) {
+  // A suffix after the given names stays as it is: "Martin L., Jr." is "M. L., Jr.".
+  if (const size_t comma = given.rfind(", "); comma != std::string_view::npos && isSuffix(given.substr(comma + 2)))
+    return initialsOf(given.substr(0, comma)) + std::string(given.substr(comma));
   std::string out;
   for (const std::string& word : str().split(str().trimmed(given), " ", -1)) {
     if (word.empty()) continue;

@@ -55,6 +55,9 @@ std::string formatNames(const NameList& list, const AuthorStyle& style);
 // those between the shown ones and the last) and the "&" the ellipsis replaces.
 void elidedNames(const NameList& list, const AuthorStyle& style, Rewrites& rewrites);
 
+// Whether a word of a name is its suffix: "Jr.", "Sr.", "II", "III", "IV".
+bool isSuffix(std::string_view token);
+
 // Given names as initials: "Lorinda L." gives "L. L.", "Jean-Paul" "J.-P.";
 // initials already written stay as they are.
 std::string initialsOf(std::string_view given);

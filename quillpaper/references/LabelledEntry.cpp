@@ -217,13 +217,23 @@ bool isGroupName(std::string_view text) {
 
 // "David P. Cornell", "T. Harlow", "Ludwig van Beethoven": given names, then
 // the family name (the last word, with the particles in lower case before it);
-// a group's name stays whole.
+// a group's name stays whole. A suffix ("Hugh Paterson III", "King, Jr.")
+// follows the given names, as APA writes it: "Paterson, H., III".
 std::vector<PersonName> givenFirstNames(const std::vector<std::string>& pieces) {
   std::vector<PersonName> out;
   for (const std::string& piece : pieces) {
     std::vector<std::string> w = str().split(str().trimmed(piece), " ", -1);
     std::erase(w, std::string());
     if (w.empty()) continue;
+    if (w.size() == 1 && isSuffix(w[0]) && !out.empty() && !out.back().given.empty()) {
+      out.back().given += ", " + w[0];
+      continue;
+    }
+    std::string suffix;
+    if (w.size() >= 3 && isSuffix(w.back())) {
+      suffix = ", " + w.back();
+      w.pop_back();
+    }
     size_t familyAt = w.size() - 1;
     while (familyAt > 1 && std::islower(static_cast<unsigned char>(w[familyAt - 1][0]))) --familyAt;
     // A small word among the given names ("National Center for Education
@@ -236,7 +246,8 @@ std::vector<PersonName> givenFirstNames(const std::vector<std::string>& pieces) 
       continue;
     }
     out.push_back({str().join(std::vector<std::string>(w.begin() + static_cast<long>(familyAt), w.end()), " "),
-                   str().join(std::vector<std::string>(w.begin(), w.begin() + static_cast<long>(familyAt)), " "), ""});
+                   str().join(std::vector<std::string>(w.begin(), w.begin() + static_cast<long>(familyAt)), " ") + suffix,
+                   ""});
   }
   return out;
 }
@@ -294,6 +305,7 @@ NameList namesOf(std::string text, Rewrites& rewrites) {
       list.names.push_back(n);
   } else if (std::any_of(pieces.begin() + (pieces.empty() ? 0 : 1), pieces.end(), [](const std::string& p) {
                const std::vector<std::string> w = str().split(str().trimmed(p), " ", -1);
+               if (isSuffix(p)) return false;
                return std::all_of(w.begin(), w.end(),
                                   [](const std::string& x) { return x.size() <= 4 && x.ends_with("."); });
              })) {
@@ -766,6 +778,23 @@ void editionsWhereTyped(quillreader::Reading& r, std::string_view entry) {
   }
 }
 
+// An entry the reading found no date in is dated by its last year read as
+// nothing, as a note, or as the end of its container's name ("American
+// Journal of Orthopsychiatry 1981, 51 (3)", "no. 21, 2017.").
+void dateTheUndated(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  if (std::find(r.labels.begin(), r.labels.end(), Label::Date) != r.labels.end()) return;
+  for (size_t k = n; k-- > 0;) {
+    const std::string_view t = tokenText(r, entry, k);
+    if (t.size() != 4 || !allDigits(t) || t < "1400" || t > "2099") continue;
+    const Label l = r.labels[k];
+    const bool containerEnd = l == Label::Container && k > 0 && r.labels[k - 1] == Label::Container &&
+                              (k + 1 == n || r.labels[k + 1] != Label::Container);
+    if (l == Label::Other || l == Label::Note || containerEnd) r.labels[k] = Label::Date;
+    return;
+  }
+}
+
 }  // namespace
 
 quillreader::Reading mended(quillreader::Reading reading, std::string_view entry) {
@@ -777,6 +806,7 @@ quillreader::Reading mended(quillreader::Reading reading, std::string_view entry
   titleBeforeItsColon(reading, entry);
   extendTitleThroughItsYears(reading, entry);
   editionsWhereTyped(reading, entry);
+  dateTheUndated(reading, entry);
   fillGaps(reading, entry);
   return reading;
 }

@@ -287,9 +287,9 @@ FormattedReference ReferencePipeline::formatAsLabelled(std::string_view entry, F
   std::string text = tidyEntry(entry);
   if (text.empty() || !str().isValidUtf8(entry)) return rules;
   // A list's numbering ("[3]", "(3)", "3.") or citation key ("[Knu84]",
-  // "[GMRS04]", "[JPS+18a]") is no part of the work.
+  // "[GMRS04]", "[JPS+18a]", "[Grä93]") is no part of the work.
   std::string numbering;
-  static const std::regex kNumbering(R"(^(\[[0-9]+\]|\([0-9]+\)|[0-9]+\.|\[[A-Za-z][A-Za-z+-]{0,7}[0-9]{2,4}[a-z]?\])\s+)");
+  static const std::regex kNumbering(R"(^(\[[0-9]+\]|\([0-9]+\)|[0-9]+\.|\[[^\]\s0-9][^\]\s]{0,11}[0-9]{2,4}[a-z]?\])\s+)");
   std::smatch m;
   if (std::regex_search(text, m, kNumbering)) {
     numbering = m[1].str();

@@ -210,6 +210,11 @@ TEST(LearnedReaderTest, NamesAsTheyAre) {
       // Vancouver's initials with full stops, and a title of one word.
       {"Holm D., Vermeer P. Rivers of the north. River Studies 1998;12:45\u201367.", "Holm, D.; Vermeer, P."},
       {"[1] Holm D. Rivers. River Studies 1998;12:45\u201367.", "Holm, D."},
+      // A suffix stays its name's, after the given names.
+      {"Ingrid Holm and Hugh Paterson III. Rivers of the north. River Studies, 43(2):182\u2013196, 2022.",
+       "Holm, Ingrid; Paterson, Hugh, III"},
+      {"Martin L. King, Jr., and Dagny Holm. Rivers of the north. River Studies, 43(2):182\u2013196, 2022.",
+       "King, Martin L., Jr.; Holm, Dagny"},
   };
   const auto joined = [](const std::vector<PersonName>& list) {
     std::string names;
@@ -255,6 +260,23 @@ TEST(LearnedReaderTest, EditionsWhereTyped) {
        "Holm, T. K. (1998). Rivers of the north (4th ed.). Boston, MA: Harbor Press."},
       {"Dagny Holm. Rivers of the North. Harbor Press, Boston, 2nd edition, 1998.",
        "Holm, D. (1998). Rivers of the North (2nd ed.). Boston: Harbor Press."},
+  };
+  for (const auto& [typed, apa] : rows) {
+    const FormattedReference f = pipeline.format(typed, 1);
+    EXPECT_TRUE(f.ok()) << typed;
+    EXPECT_EQ(f.text(), apa) << typed;
+  }
+}
+
+// What APA writes of a reading: a suffix after the initials, the year of
+// an entry the reading found no date in.
+TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
+  ReferencePipeline pipeline = learnedPipeline(6);
+  const std::pair<const char*, const char*> rows[] = {
+      {"Martin L. King, Jr., and Dagny Holm. Rivers of the north. River Studies, 43(2):182\u2013196, 2022.",
+       "King, M. L., Jr., & Holm, D. (2022). Rivers of the north. River Studies, 43(2), 182\u2013196."},
+      {"[7] D. Holm, \u201cRivers of the north,\u201d River Studies, no. 21, 2017.",
+       "Holm, D. (2017). Rivers of the north. River Studies, (21)."},
   };
   for (const auto& [typed, apa] : rows) {
     const FormattedReference f = pipeline.format(typed, 1);

@@ -201,19 +201,6 @@ bool hasWordAmong(std::string_view text, const char* const (&words)[N]) {
   return false;
 }
 
-// A group's name ("U.S. Department of Health and Human Services",
-// "Associated Press"): no comma, and a word that names an organisation.
-bool isGroupName(std::string_view text) {
-  if (text.find(',') != std::string_view::npos) return false;
-  static const char* const kWords[] = {
-      "department", "services", "service", "press", "association", "university", "institute", "society",
-      "council", "organization", "organisation", "agency", "office", "committee", "center", "centre",
-      "bureau", "ministry", "foundation", "inc", "corporation", "company", "group", "museum", "library",
-      "county", "government", "commission", "board", "administration", "federation", "union", "network",
-      "laboratory", "hospital", "school", "college", "academy", "trust", "consortium", "coalition",
-      "alliance", "authority", "team", "project", "news", "staff", "panel", "taskforce", "nations"};
-  return hasWordAmong(text, kWords);
-}
 
 // "David P. Cornell", "T. Harlow", "Ludwig van Beethoven": given names, then
 // the family name (the last word, with the particles in lower case before it);
@@ -796,6 +783,20 @@ void dateTheUndated(quillreader::Reading& r, std::string_view entry) {
 }
 
 }  // namespace
+
+// A group's name ("U.S. Department of Health and Human Services",
+// "Associated Press"): no comma, and a word that names an organisation.
+bool isGroupName(std::string_view text) {
+  if (text.find(',') != std::string_view::npos) return false;
+  static const char* const kWords[] = {
+      "department", "services", "service", "press", "association", "university", "institute", "society",
+      "council", "organization", "organisation", "agency", "office", "committee", "center", "centre",
+      "bureau", "ministry", "foundation", "inc", "corporation", "company", "group", "museum", "library",
+      "county", "government", "commission", "board", "administration", "federation", "union", "network",
+      "laboratory", "hospital", "school", "college", "academy", "trust", "consortium", "coalition",
+      "alliance", "authority", "team", "project", "news", "staff", "panel", "taskforce", "nations", "ltd", "llc"};
+  return hasWordAmong(text, kWords);
+}
 
 quillreader::Reading mended(quillreader::Reading reading, std::string_view entry) {
   titleFillsItsQuotes(reading, entry);

@@ -33,6 +33,10 @@ struct LabelledEntry {
   std::string written() const { return notes.empty() ? apa : apa + " " + notes; }
 };
 
+// A group's name ("U.S. Department of Health and Human Services",
+// "Associated Press"): no comma, and a word that names an organisation.
+bool isGroupName(std::string_view text);
+
 // The reading with what it frayed mended, by what the entry's words show: a
 // word left out between two words of one part joins it, and so does a colon
 // between two stretches of a title; Vancouver initials left out join their

@@ -269,7 +269,7 @@ TEST(LearnedReaderTest, EditionsWhereTyped) {
 }
 
 // What APA writes of a reading: a suffix after the initials, the year of
-// an entry the reading found no date in.
+// an entry the reading found no date in, a publisher's place before it.
 TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
   ReferencePipeline pipeline = learnedPipeline(6);
   const std::pair<const char*, const char*> rows[] = {
@@ -277,6 +277,13 @@ TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
        "King, M. L., Jr., & Holm, D. (2022). Rivers of the north. River Studies, 43(2), 182\u2013196."},
       {"[7] D. Holm, \u201cRivers of the north,\u201d River Studies, no. 21, 2017.",
        "Holm, D. (2017). Rivers of the north. River Studies, (21)."},
+      // APA's date, then the publisher before its place: the rules read
+      // "Harbor Press, Uppsala" as the publisher's name; only the place is
+      // a place, not "Department of Rivers".
+      {"Holm, D. (1998). Rivers of the north. Harbor Press, Uppsala, second edition.",
+       "Holm, D. (1998). Rivers of the north (2nd ed.). Uppsala: Harbor Press."},
+      {"Holm, D. (1998). Rivers of the north (Report No. 7). Stanford University, Department of Rivers.",
+       "Holm, D. (1998). Rivers of the north (Report No. 7). Stanford University, Department of Rivers."},
   };
   for (const auto& [typed, apa] : rows) {
     const FormattedReference f = pipeline.format(typed, 1);

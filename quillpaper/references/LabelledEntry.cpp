@@ -446,10 +446,10 @@ void editorsLabels(Rewrites& rewrites) {
 }
 
 // What the entry says of the work beyond APA's fields, as typed and in its
-// order: what the work is ("Technical Report PCS-TR86-134", "DX Reader
+// order, one note a stretch: what the work is ("Technical Report PCS-TR86-134", "DX Reader
 // version") and what is said of it (a series, a translator, the original
 // date, the event), with the brackets typed around them ("(German)").
-std::string notesOf(const quillreader::Reading& r, std::string_view entry) {
+std::vector<std::string> notesOf(const quillreader::Reading& r, std::string_view entry) {
   const auto isNote = [&](size_t i) { return r.labels[i] == Label::Genre || r.labels[i] == Label::Note; };
   std::vector<std::string> notes;
   for (size_t i = 0; i < r.tokens.size(); ++i) {
@@ -472,9 +472,18 @@ std::string notesOf(const quillreader::Reading& r, std::string_view entry) {
     if (!note.empty()) notes.push_back(str().trimmed(note));
     i = j;
   }
-  std::string out;
-  for (const std::string& note : notes) out += (out.empty() ? "" : " ") + sentence(note);
-  return out;
+  return notes;
+}
+
+// A report's name and number ("Technical Report TR-2645", "Report No.
+// 83-1"), which APA writes after the title.
+bool namesAReport(std::string_view note) {
+  if (!str().contains(str().lower(note), "report") || note.find_first_of("()[]") != std::string_view::npos)
+    return false;
+  const std::vector<std::string> words = str().split(note, " ", -1);
+  return words.size() <= 5 && std::any_of(words.begin(), words.end(), [](const std::string& w) {
+           return std::any_of(w.begin(), w.end(), [](char c) { return std::isdigit(static_cast<unsigned char>(c)); });
+         });
 }
 
 // A month's name as APA writes it, for the name or its abbreviation in any
@@ -635,12 +644,22 @@ void mendVancouverNames(quillreader::Reading& r, std::string_view entry) {
     }
     // "Joseph T. Sinclair": a given name and an initial, then the family name,
     // is no Vancouver list ("Karasik P. Cartoon." is); nor is "Cécile B.
-    // Roisin and …", where another name follows the family name.
-    if (tokenText(r, entry, i - 1).size() == 1 && i + 1 < n && family(i + 1)) {
-      const bool anotherName = i + 2 < n && r.labels[i + 2] == Label::Author &&
-                               (tokenText(r, entry, i + 2) == "," || tokenText(r, entry, i + 2) == "and" ||
-                                tokenText(r, entry, i + 2) == "&");
-      if (anotherName || quillreader::isGivenName(tokenText(r, entry, i - 2))) break;
+    // Roisin and …", where another name follows the family name, nor
+    // "Nelson H. F. Beebe", with more initials before it.
+    if (tokenText(r, entry, i - 1).size() == 1) {
+      size_t after = i + 1, initials = 1;
+      for (; after + 1 < n && r.labels[after] == Label::Author && tokenText(r, entry, after).size() == 1 &&
+             std::isupper(static_cast<unsigned char>(tokenText(r, entry, after)[0])) &&
+             tokenText(r, entry, after + 1) == ".";
+           after += 2)
+        ++initials;
+      if (after < n && r.labels[after] == Label::Author && family(after)) {
+        const size_t next = after + 1;
+        const bool anotherName = next < n && r.labels[next] == Label::Author &&
+                                 (tokenText(r, entry, next) == "," || tokenText(r, entry, next) == "and" ||
+                                  tokenText(r, entry, next) == "&");
+        if (anotherName || initials > 1 || quillreader::isGivenName(tokenText(r, entry, i - 2))) break;
+      }
     }
     for (size_t k = i + 1; k < n && r.labels[k] == Label::Author; ++k) r.labels[k] = Label::Title;
     break;
@@ -933,6 +952,15 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
   const std::string pagesNote = pages.empty() ? "" : (pages.find("\xe2\x80\x93") == std::string::npos ? "p. " : "pp. ") + pages;
   std::vector<std::string> afterTitle;
   if (!edition.empty()) afterTitle.push_back(editionOf(edition, rw));
+  // (A work without authors keeps them among its notes: its date follows its title.)
+  std::vector<std::string> notes = notesOf(reading, entry);
+  for (auto it = notes.begin(); it != notes.end();)
+    if (!str().trimmed(authorText).empty() && namesAReport(*it)) {
+      afterTitle.push_back(*it);
+      it = notes.erase(it);
+    } else {
+      ++it;
+    }
   if (container.empty() && !volume.empty()) afterTitle.push_back("Vol. " + volume);
   if (container.empty() && !pagesNote.empty()) afterTitle.push_back(pagesNote);
   if (!str().trimmed(authorText).empty() && !str().trimmed(editorText).empty() && !chapter) {
@@ -989,7 +1017,7 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
   const bool unnamedPeriodical = container.empty() && publisher.empty() && editorText.empty() &&
                                  (!volume.empty() || !pages.empty()) && !afterIn(reading, entry);
   out.type = periodical || unnamedPeriodical ? 1 : 0;
-  out.notes = notesOf(reading, entry);
+  for (const std::string& note : notes) out.notes += (out.notes.empty() ? "" : " ") + sentence(note);
   return out;
 }
 

@@ -207,6 +207,7 @@ TEST(LearnedReaderTest, NamesAsTheyAre) {
       {"Dagny R. Holm and Piet Vermeer. Rivers of the north. River Studies, 12(3):45\u201367, 1998.",
        "Holm, Dagny R.; Vermeer, Piet"},
       {"[Hol93] Dagny Holm. Rivers of the north. River Studies, 6(4):327\u2013341, December 1993.", "Holm, Dagny"},
+      {"Dagny H. F. Holm. Rivers of the north. Harbor Press, Boston, 1998.", "Holm, Dagny H. F."},
       // Vancouver's initials with full stops, and a title of one word.
       {"Holm D., Vermeer P. Rivers of the north. River Studies 1998;12:45\u201367.", "Holm, D.; Vermeer, P."},
       {"[1] Holm D. Rivers. River Studies 1998;12:45\u201367.", "Holm, D."},
@@ -269,7 +270,8 @@ TEST(LearnedReaderTest, EditionsWhereTyped) {
 }
 
 // What APA writes of a reading: a suffix after the initials, the year of
-// an entry the reading found no date in, a publisher's place before it.
+// an entry the reading found no date in, a publisher's place before it, a
+// report's number after the title.
 TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
   ReferencePipeline pipeline = learnedPipeline(6);
   const std::pair<const char*, const char*> rows[] = {
@@ -282,6 +284,9 @@ TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
       // a place, not "Department of Rivers".
       {"Holm, D. (1998). Rivers of the north. Harbor Press, Uppsala, second edition.",
        "Holm, D. (1998). Rivers of the north (2nd ed.). Uppsala: Harbor Press."},
+      // A report's number after the title.
+      {"Dagny Holm. Rivers of the north. Technical Report 19, Harbor Institute, Boston, June 1987.",
+       "Holm, D. (1987, June). Rivers of the north (Technical Report 19). Boston: Harbor Institute."},
       {"Holm, D. (1998). Rivers of the north (Report No. 7). Stanford University, Department of Rivers.",
        "Holm, D. (1998). Rivers of the north (Report No. 7). Stanford University, Department of Rivers."},
   };

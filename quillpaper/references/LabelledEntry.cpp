@@ -222,7 +222,12 @@ std::vector<PersonName> givenFirstNames(const std::vector<std::string>& pieces) 
       w.pop_back();
     }
     size_t familyAt = w.size() - 1;
-    while (familyAt > 1 && std::islower(static_cast<unsigned char>(w[familyAt - 1][0]))) --familyAt;
+    // A particle written with a capital is the family name's too: "J. De Leeuw", "C. F. Van Parreren".
+    static const char* const kParticles[] = {"de", "van", "von", "der", "den", "di", "da", "du", "del", "della",
+                                             "le", "la", "dos", "das", "ten", "ter"};
+    while (familyAt > 1 && (std::islower(static_cast<unsigned char>(w[familyAt - 1][0])) ||
+                            hasWordAmong(w[familyAt - 1], kParticles)))
+      --familyAt;
     // A small word among the given names ("National Center for Education
     // Statistics"), or more of them than a person has: a group, named whole.
     const bool group = familyAt > 3 || std::any_of(w.begin(), w.begin() + static_cast<long>(familyAt), [](const std::string& x) {
@@ -592,6 +597,63 @@ void mendNameLists(quillreader::Reading& r, std::string_view entry) {
   }
 }
 
+// One list of names is of one role: "Stephen G. | Nash, editor", with the
+// given names read as an author's and the family name as an editor's, or a
+// long list read partly as authors, partly as editors, is the editors' when
+// their role follows the list ("…, editors", "(eds.)"), the authors' otherwise.
+// Initials the reading left out before the list ("P|. Koch, editor") or
+// after an inverted name ("Vermeer, |P.|, editor") are its.
+void oneRoleAList(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  const auto names = [&](size_t k) { return r.labels[k] == Label::Author || r.labels[k] == Label::Editor; };
+  // What may stand between two names of a list unlabelled: punctuation, "and".
+  const auto joins = [&](size_t k) {
+    const std::string_view t = tokenText(r, entry, k);
+    return r.labels[k] == Label::Other && (t == "." || t == "," || t == ";" || t == "&" || t == "and");
+  };
+  const auto initial = [&](size_t k) {
+    const std::string_view t = tokenText(r, entry, k);
+    return t.size() == 1 && std::isupper(static_cast<unsigned char>(t[0]));
+  };
+  for (size_t begin = 0; begin < n; ++begin) {
+    if (!names(begin)) continue;
+    while (begin >= 1 && r.labels[begin - 1] == Label::Other &&
+           ((tokenText(r, entry, begin) == "." && initial(begin - 1)) ||
+            (begin >= 2 && tokenText(r, entry, begin - 1) == "." && initial(begin - 2) &&
+             r.labels[begin - 2] == Label::Other))) {
+      const size_t from = tokenText(r, entry, begin) == "." ? begin - 1 : begin - 2;
+      for (size_t k = from; k < begin; ++k) r.labels[k] = r.labels[begin];
+      begin = from;
+    }
+    size_t end = begin + 1;  // one past the list's last name
+    bool authors = r.labels[begin] == Label::Author, editors = !authors;
+    for (size_t k = end; k < n; ++k) {
+      if (names(k)) {
+        authors = authors || r.labels[k] == Label::Author;
+        editors = editors || r.labels[k] == Label::Editor;
+        end = k + 1;
+      } else if (!joins(k)) {
+        break;
+      }
+    }
+    // And so are those left out after an inverted name ("Vermeer, |P.|, editor").
+    if (end + 1 < n && tokenText(r, entry, end - 1) == "," && r.labels[end] == Label::Other && initial(end) &&
+        tokenText(r, entry, end + 1) == ".") {
+      r.labels[end] = r.labels[end + 1] = r.labels[end - 1];
+      end += 2;
+    }
+    if (authors && editors) {
+      std::string after;
+      for (size_t k = end; k < n && k < end + 3; ++k) after += str().lower(tokenText(r, entry, k));
+      while (!after.empty() && (after[0] == ',' || after[0] == '(' || after[0] == '.')) after.erase(0, 1);
+      const Label role = after.starts_with("ed") ? Label::Editor : Label::Author;
+      for (size_t k = begin; k < end; ++k)
+        if (names(k) || (k > begin && tokenText(r, entry, k) == "." && names(k - 1) && k + 1 < end)) r.labels[k] = role;
+    }
+    begin = end - 1;
+  }
+}
+
 // Names do not run into a colon: words after the last initial of the names
 // and before a colon that leads into the title are the title's first words
 // ("Schwartz, C. |House Industries|: There goes the neighborhood").
@@ -644,8 +706,9 @@ void mendVancouverNames(quillreader::Reading& r, std::string_view entry) {
     }
     // "Joseph T. Sinclair": a given name and an initial, then the family name,
     // is no Vancouver list ("Karasik P. Cartoon." is); nor is "Cécile B.
-    // Roisin and …", where another name follows the family name, nor
-    // "Nelson H. F. Beebe", with more initials before it.
+    // Roisin and …" or "Cécile B. Roisin, editor", where another name or the
+    // role follows the family name, nor "Nelson H. F. Beebe", with more
+    // initials before it.
     if (tokenText(r, entry, i - 1).size() == 1) {
       size_t after = i + 1, initials = 1;
       for (; after + 1 < n && r.labels[after] == Label::Author && tokenText(r, entry, after).size() == 1 &&
@@ -655,9 +718,8 @@ void mendVancouverNames(quillreader::Reading& r, std::string_view entry) {
         ++initials;
       if (after < n && r.labels[after] == Label::Author && family(after)) {
         const size_t next = after + 1;
-        const bool anotherName = next < n && r.labels[next] == Label::Author &&
-                                 (tokenText(r, entry, next) == "," || tokenText(r, entry, next) == "and" ||
-                                  tokenText(r, entry, next) == "&");
+        const bool anotherName = next < n && (tokenText(r, entry, next) == "," || tokenText(r, entry, next) == "and" ||
+                                              tokenText(r, entry, next) == "&");
         if (anotherName || initials > 1 || quillreader::isGivenName(tokenText(r, entry, i - 2))) break;
       }
     }
@@ -822,6 +884,7 @@ quillreader::Reading mended(quillreader::Reading reading, std::string_view entry
   trimContainer(reading, entry);
   fillGaps(reading, entry);
   mendNameLists(reading, entry);
+  oneRoleAList(reading, entry);
   mendVancouverNames(reading, entry);
   titleBeforeItsColon(reading, entry);
   extendTitleThroughItsYears(reading, entry);

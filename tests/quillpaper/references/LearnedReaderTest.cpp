@@ -234,6 +234,24 @@ TEST(LearnedReaderTest, NamesAsTheyAre) {
       "24\u201326. London: Faber and Faber, 1992.",
       1);
   EXPECT_EQ(joined(chapter.editors), "Ricks, Christopher; Vance, William L.");
+  // A list read partly as an author's, partly as an editor's, or with its
+  // initials left out, is of the role that follows it; a particle written
+  // with a capital is the family name's.
+  const std::pair<const char*, const char*> roles[] = {
+      {"Dagny G. Holm, editor. Rivers of the north. Harbor Press, Boston, MA, 1990.", "Holm, Dagny G."},
+      {"P. Koch, editor. Rivers of the north. Harbor Press, New York, NY, 1959.", "Koch, P."},
+      {"Baker, F. M. and Holm, D. (1993). Rivers of the north. In Vermeer, P., editor, Lakes and rivers, pages "
+       "517\u2013552. Harbor Press, Boston, MA.",
+       "Vermeer, P."},
+  };
+  for (const auto& [typed, names] : roles) {
+    const FormattedReference f = pipeline.format(typed, 1);
+    EXPECT_EQ(joined(f.editors), names) << typed;
+    EXPECT_TRUE(f.ok()) << typed;
+  }
+  EXPECT_EQ(joined(pipeline.format("J. De Holm and E. Van Vermeer. Rivers of the north. Harbor Press, Boston, 1998.", 1)
+                       .authors),
+            "De Holm, J.; Van Vermeer, E.");
 }
 
 // A container's name as the reading found it, without the words around it

@@ -846,6 +846,17 @@ void editionsWhereTyped(quillreader::Reading& r, std::string_view entry) {
   }
 }
 
+// A title's question or exclamation mark is the title's ("What are they?"),
+// however the reading labelled it.
+void titleKeepsItsMark(quillreader::Reading& r, std::string_view entry) {
+  for (size_t k = 1; k < r.labels.size(); ++k) {
+    const std::string_view t = tokenText(r, entry, k);
+    if ((t == "?" || t == "!") && r.labels[k - 1] == Label::Title && r.labels[k] != Label::Title &&
+        (k + 1 == r.labels.size() || r.labels[k + 1] != Label::Title))
+      r.labels[k] = Label::Title;
+  }
+}
+
 // An entry the reading found no date in is dated by its last year read as
 // nothing, as a note, or as the end of its container's name ("American
 // Journal of Orthopsychiatry 1981, 51 (3)", "no. 21, 2017.").
@@ -890,6 +901,7 @@ quillreader::Reading mended(quillreader::Reading reading, std::string_view entry
   extendTitleThroughItsYears(reading, entry);
   editionsWhereTyped(reading, entry);
   dateTheUndated(reading, entry);
+  titleKeepsItsMark(reading, entry);
   fillGaps(reading, entry);
   return reading;
 }

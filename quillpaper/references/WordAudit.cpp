@@ -331,6 +331,10 @@ WordAudit auditWords(std::string_view typed, std::string_view written, const Rew
   std::erase_if(audit.added, [](const std::string& w) { return w == "in"; });
   const std::vector<std::string> brokenAfter = brokenPunctuation(written);
   if (!brokenAfter.empty()) audit.damaged = excess(sorted(brokenAfter), sorted(brokenPunctuation(typed)), brokenAfter);
+  // A question or an exclamation stays one ("What are they?" is no "What are they.").
+  for (std::string_view mark : {"?", "!"})
+    if (str().occurrences(written, mark) < str().occurrences(typed, mark))
+      audit.damaged.push_back(std::string(mark) + " left out");
   return audit;
 }
 

@@ -302,6 +302,9 @@ TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
       // a place, not "Department of Rivers".
       {"Holm, D. (1998). Rivers of the north. Harbor Press, Uppsala, second edition.",
        "Holm, D. (1998). Rivers of the north (2nd ed.). Uppsala: Harbor Press."},
+      // A title's question mark, however the reading labelled it.
+      {"D. Holm. Where are the rivers? River Studies, 4(1):4\u20139, April 1983.",
+       "Holm, D. (1983, April). Where are the rivers? River Studies, 4(1), 4\u20139."},
       // A report's number after the title.
       {"Dagny Holm. Rivers of the north. Technical Report 19, Harbor Institute, Boston, June 1987.",
        "Holm, D. (1987, June). Rivers of the north (Technical Report 19). Boston: Harbor Institute."},

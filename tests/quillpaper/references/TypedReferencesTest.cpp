@@ -243,6 +243,9 @@ TEST(TypedReferencesTest, AuditTellsRewritesFromDamage) {
        "the APA form would lose \"http://x.org/a\"; it would add \"a\", \"x\", \"org\""},
       {"A. Retrieved May 5, 2010, from http://x.org/a", "A. Retrieved from http://x.org/a",
        "the APA form would lose \"may\", \"5\", \"2010\""},
+      {"Lee, A. (1983). What are they? Review, 4.", "Lee, A. (1983). What are they. Review, 4.",
+       "the APA form would break \"? left out\""},
+      {"Lee, A. What are they? Review, 4, 1983.", "Lee, A. (1983). What are they? Review, 4.", ""},
   };
   for (const Row& r : rows) {
     const WordAudit audit = auditWords(r.typed, r.written);

@@ -846,6 +846,26 @@ void editionsWhereTyped(quillreader::Reading& r, std::string_view entry) {
   }
 }
 
+// What follows a volume and issue and a colon is the pages, however the
+// reading labelled them: "2(1):1–10", "21(1):c2" (a cover's page).
+void pagesAfterTheIssue(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  if (std::find(r.labels.begin(), r.labels.end(), Label::Pages) != r.labels.end()) return;
+  const auto text = [&](size_t k) { return tokenText(r, entry, k); };
+  const auto page = [&](size_t k) {
+    const std::string_view t = text(k);
+    return std::isdigit(static_cast<unsigned char>(t[0])) || (t.size() <= 4 && std::isalpha(static_cast<unsigned char>(t[0])) &&
+                                                              std::isdigit(static_cast<unsigned char>(t.back())));
+  };
+  const auto dash = [&](size_t k) { return text(k) == "-" || text(k) == "\xe2\x80\x93"; };
+  for (size_t k = 3; k + 1 < n; ++k) {
+    if (text(k) != ":" || text(k - 1) != ")" || r.labels[k - 2] != Label::Issue || !page(k + 1)) continue;
+    r.labels[k + 1] = Label::Pages;
+    if (k + 3 < n && dash(k + 2) && page(k + 3)) r.labels[k + 2] = r.labels[k + 3] = Label::Pages;
+    return;
+  }
+}
+
 // A title's question or exclamation mark is the title's ("What are they?"),
 // however the reading labelled it.
 void titleKeepsItsMark(quillreader::Reading& r, std::string_view entry) {
@@ -900,6 +920,7 @@ quillreader::Reading mended(quillreader::Reading reading, std::string_view entry
   titleBeforeItsColon(reading, entry);
   extendTitleThroughItsYears(reading, entry);
   editionsWhereTyped(reading, entry);
+  pagesAfterTheIssue(reading, entry);
   dateTheUndated(reading, entry);
   titleKeepsItsMark(reading, entry);
   fillGaps(reading, entry);

@@ -318,6 +318,17 @@ TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
   }
 }
 
+// The pages after a volume, an issue and a colon, however alike their
+// numbers. Catches "2(1):1–10" read as an issue and a date.
+TEST(LearnedReaderTest, PagesAfterTheIssue) {
+  ReferencePipeline pipeline = learnedPipeline(6);
+  const std::pair<const char*, const char*> rows[] = {
+      {"K. S. Holm. Rivers of the north. River Studies, 2(1):1\u201310, 2003.", "1\u201310"},
+      {"D. Holm and P. Vermeer. Rivers of the north. River Studies, 1(1):1\u20133, January 1988.", "1\u20133"},
+  };
+  for (const auto& [typed, pages] : rows) EXPECT_EQ(pipeline.format(typed, 1).pages, pages) << typed;
+}
+
 // The type from what the reading found. Catches an article whose journal
 // the reading missed taken for a book, and an encyclopedia entry taken for
 // an article.

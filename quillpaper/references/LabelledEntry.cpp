@@ -253,6 +253,8 @@ NameList namesOf(std::string text, Rewrites& rewrites) {
   text = str().trimmed(text);
   for (std::string_view etAl : {", et al.", " et al.", ", et al", " et al"})
     if (str().stripTrailing(text, etAl)) list.etAl = true;
+  // The comma that led to "et al." is no part of the last name.
+  while (!text.empty() && (text.back() == ',' || text.back() == ';')) text = str().trimmed(text.substr(0, text.size() - 1));
   text = withoutClosingStop(text);
   if (isGroupName(text)) {
     list.names.push_back({text, "", ""});

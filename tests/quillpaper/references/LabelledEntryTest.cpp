@@ -125,6 +125,9 @@ TEST(LabelledEntryTest, ApaFormOfAReading) {
       {"{author Winckler, J.} {title TeX fonts}. in (ed. {editor Clark, M.}) ({publisher Ellis Horwood}, {date "
        "1990}).",
        "Winckler, J. (1990). TeX fonts (M. Clark, Ed.). Ellis Horwood.", "", 0, "in"},
+      // The comma before "et al." read with the names is no part of the last.
+      {"{author Lee, Anna, Tom Park,} et al. \u201c{title Naps at Noon},\u201d {date 2020}.",
+       "Lee, A., Park, T., et al. (2020). Naps at Noon.", "", 0, ""},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.markup);

@@ -93,9 +93,9 @@ std::pair<size_t, size_t> firstSpan(const quillreader::Reading& r, Label label) 
 
 // A title with the marks the reading left outside it, and its inner
 // quotation's marks as APA writes them. An opening quote or parenthesis
-// just before the span, or a closing parenthesis just after it, whose
-// partner is inside, comes back ("‘Typesetting’ with…", "(absolute
-// basics)"). A title typed inside double quotes sets a quotation in it in
+// just before the span, or a closing parenthesis or double quote just after
+// it, whose partner is inside, comes back ("‘Typesetting’ with…", "(absolute
+// basics)", "The early printer as “Renaissance Man”"). A title typed inside double quotes sets a quotation in it in
 // single quotes; once APA drops the outer quotes, the inner ones are double:
 // "“A history of the ‘Humanist’ type”" is "A history of the “Humanist” type".
 std::string titleWithItsMarks(std::string title, std::string_view entry, const quillreader::Reading& r) {
@@ -119,6 +119,11 @@ std::string titleWithItsMarks(std::string title, std::string_view entry, const q
     before.erase(before.size() - kOpen1.size());
   }
   if (str().occurrences(title, "(") > str().occurrences(title, ")") && str().trimmed(after).starts_with(")")) title += ")";
+  for (const auto& [open, close] : {std::pair{kOpen2, kClose2}, std::pair{std::string_view("\""), std::string_view("\"")}}) {
+    const bool opened = open == close ? str().occurrences(title, open) % 2 == 1
+                                      : str().occurrences(title, open) > str().occurrences(title, close);
+    if (opened && after.starts_with(close)) title += close;
+  }
   const bool doubleQuoted = str().trimmed(before).ends_with(kOpen2) || str().trimmed(before).ends_with("\"");
   if (doubleQuoted && str().occurrences(title, kOpen1) > 0 && str().occurrences(title, kOpen1) == closingQuotes(title)) {
     std::string out;
@@ -898,8 +903,6 @@ void dateTheUndated(quillreader::Reading& r, std::string_view entry) {
 
 }  // namespace
 
-// A group's name ("U.S. Department of Health and Human Services",
-// "Associated Press"): no comma, and a word that names an organisation.
 bool isGroupName(std::string_view text) {
   if (text.find(',') != std::string_view::npos) return false;
   static const char* const kWords[] = {
@@ -910,6 +913,27 @@ bool isGroupName(std::string_view text) {
       "laboratory", "hospital", "school", "college", "academy", "trust", "consortium", "coalition",
       "alliance", "authority", "team", "project", "news", "staff", "panel", "taskforce", "nations", "ltd", "llc"};
   return hasWordAmong(text, kWords);
+}
+
+bool looksLikePlace(std::string_view place) {
+  if (place.find_first_of(";:&0123456789") != std::string_view::npos) return false;
+  return str().split(str().trimmed(place), " ", -1).size() <= 5;
+}
+
+std::string_view placeAfterTheName(std::string_view publisher) {
+  const size_t comma = publisher.find(", ");
+  if (comma == std::string_view::npos) return {};
+  std::string_view tail = publisher.substr(comma + 2);
+  // An edition after the place ("Boston, MA, second edition") is BibTeX's.
+  if (const size_t last = tail.rfind(", "); last != std::string_view::npos && str().endsWith(tail, " edition"))
+    tail = tail.substr(0, last);
+  std::string place(tail);
+  std::replace(place.begin(), place.end(), ',', ' ');
+  const std::vector<std::string> words = str().split(str().trimmed(place), " ", -1);
+  const bool capitalised = std::all_of(words.begin(), words.end(), [](const std::string& w) {
+    return w.empty() || std::isupper(static_cast<unsigned char>(w[0]));
+  });
+  return capitalised && looksLikePlace(tail) && !isGroupName(place) ? tail : std::string_view();
 }
 
 quillreader::Reading mended(quillreader::Reading reading, std::string_view entry) {
@@ -1007,8 +1031,13 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
   const std::string container = withoutClosingStop(first(reading, entry, Label::Container));
   const std::string volume = first(reading, entry, Label::Volume), issue = first(reading, entry, Label::Issue);
   const std::string pagesTyped = first(reading, entry, Label::Pages);
-  const std::string publisher = withoutClosingStop(first(reading, entry, Label::Publisher));
-  const std::string place = first(reading, entry, Label::Place);
+  std::string publisher = withoutClosingStop(first(reading, entry, Label::Publisher));
+  std::string place = first(reading, entry, Label::Place);
+  // "Harbor Press, Baltimore" read as one publisher: its place after it.
+  if (const std::string_view after = placeAfterTheName(publisher); place.empty() && !after.empty()) {
+    place = std::string(after);
+    publisher = str().trimmed(publisher.substr(0, publisher.find(", ")));
+  }
   const std::string edition = first(reading, entry, Label::Edition);
   const std::string doi = first(reading, entry, Label::Doi), url = first(reading, entry, Label::Url);
   const std::string pages = pagesTyped.empty() ? "" : fullPages(pagesTyped, rw);

@@ -33,6 +33,17 @@ struct LabelledEntry {
   std::string written() const { return notes.empty() ? apa : apa + " " + notes; }
 };
 
+// "New York, NY", "London, England", "Thousand Oaks, CA": a few words of a
+// place, nothing a title or a publisher would hold.
+bool looksLikePlace(std::string_view place);
+
+// The place after a publisher's name, as other styles write it ("Almqvist
+// and Wiksells, Uppsala", "Sage, Newbury Park, CA, second edition" gives
+// "Newbury Park, CA"): what follows the first comma when it is a place and
+// no part of an organisation's name ("Stanford University, Department of
+// Computer Science", "Sage, Inc."); empty for none.
+std::string_view placeAfterTheName(std::string_view publisher);
+
 // A group's name ("U.S. Department of Health and Human Services",
 // "Associated Press"): no comma, and a word that names an organisation.
 bool isGroupName(std::string_view text);

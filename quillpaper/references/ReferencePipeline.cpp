@@ -172,34 +172,6 @@ bool hasVolumeColonPages(std::string_view entry) {
   return std::regex_search(entry.begin(), entry.end(), kVolumeColonPages);
 }
 
-// "New York, NY", "London, England", "Thousand Oaks, CA": a few words of a
-// place, nothing a title or a publisher would hold.
-bool looksLikePlace(std::string_view place) {
-  if (place.find_first_of(";:&0123456789") != std::string_view::npos) return false;
-  return str().split(str().trimmed(place), " ", -1).size() <= 5;
-}
-
-// A publisher read with a place after its name, as other styles write it
-// ("Almqvist and Wiksells, Uppsala", "Sage, Newbury Park, CA, second
-// edition"): what
-// follows the first comma is a place, no part of an organisation's name
-// ("Stanford University, Department of Computer Science", "Sage, Inc.").
-bool placeAfterTheName(std::string_view publisher) {
-  const size_t comma = publisher.find(", ");
-  if (comma == std::string_view::npos) return false;
-  std::string_view tail = publisher.substr(comma + 2);
-  // An edition after the place ("Boston, MA, second edition") is BibTeX's.
-  if (const size_t last = tail.rfind(", "); last != std::string_view::npos && str().endsWith(tail, " edition"))
-    tail = tail.substr(0, last);
-  std::string place(tail);
-  std::replace(place.begin(), place.end(), ',', ' ');
-  const std::vector<std::string> words = str().split(str().trimmed(place), " ", -1);
-  const bool capitalised = std::all_of(words.begin(), words.end(), [](const std::string& w) {
-    return w.empty() || std::isupper(static_cast<unsigned char>(w[0]));
-  });
-  return capitalised && looksLikePlace(tail) && !isGroupName(place);
-}
-
 // Names a reading may stand on: one group, or persons each with a family
 // name free of commas and given names that start with a capital.
 bool plausibleNames(const std::vector<PersonName>& names) {
@@ -297,7 +269,7 @@ FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
   // Nor are a place the rules read into the publisher's name, and editors
   // named as BibTeX names them ("In Gaw, A. C., editor, Culture…") that the
   // rules did not read as editors.
-  const bool placeAfterPublisher = r.place.empty() && placeAfterTheName(r.publisher);
+  const bool placeAfterPublisher = r.place.empty() && !placeAfterTheName(r.publisher).empty();
   static const std::regex kEditorsNamed(R"(, editors?\b)");
   const bool editorsUnread = r.editors.empty() && std::regex_search(r.input, kEditorsNamed);
   if (r.ok() && looksApa(r.input) && keepsWordOrder(r.input, r.text()) && !volumeUnread && !placeAfterPublisher &&

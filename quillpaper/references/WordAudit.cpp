@@ -289,6 +289,8 @@ std::vector<std::string> brokenPunctuation(std::string_view text) {
     }
     if (depth > 0 || stray) found.push_back(std::string(1, open) + " without its " + close);
   }
+  // The same of a double quotation mark.
+  if (str().occurrences(t, "\u201c") != str().occurrences(t, "\u201d")) found.emplace_back("\u201c without its \u201d");
   // "&" joins names; before a number ("65, & 1190–1204") it joins nothing.
   for (size_t at = t.find("& "); at != std::string::npos; at = t.find("& ", at + 1))
     if (at + 2 < t.size() && std::isdigit(static_cast<unsigned char>(t[at + 2]))) found.emplace_back("& before a number");

@@ -302,6 +302,9 @@ TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
       // a place, not "Department of Rivers".
       {"Holm, D. (1998). Rivers of the north. Harbor Press, Uppsala, second edition.",
        "Holm, D. (1998). Rivers of the north (2nd ed.). Uppsala: Harbor Press."},
+      // A quotation closing the title keeps its closing mark.
+      {"R. Holm. Annotations to \u201cRivers of the North\u201d. Harbor Press, Baltimore, 1980.",
+       "Holm, R. (1980). Annotations to \u201cRivers of the North\u201d. Baltimore: Harbor Press."},
       // A title's question mark, however the reading labelled it.
       {"D. Holm. Where are the rivers? River Studies, 4(1):4\u20139, April 1983.",
        "Holm, D. (1983, April). Where are the rivers? River Studies, 4(1), 4\u20139."},

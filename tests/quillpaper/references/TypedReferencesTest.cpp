@@ -246,6 +246,8 @@ TEST(TypedReferencesTest, AuditTellsRewritesFromDamage) {
       {"Lee, A. (1983). What are they? Review, 4.", "Lee, A. (1983). What are they. Review, 4.",
        "the APA form would break \"? left out\""},
       {"Lee, A. What are they? Review, 4, 1983.", "Lee, A. (1983). What are they? Review, 4.", ""},
+      {"Lee, A. On \u201cNaps\u201d. Review, 4, 1983.", "Lee, A. (1983). On \u201cNaps. Review, 4.",
+       "the APA form would break \"\u201c without its \u201d\""},
   };
   for (const Row& r : rows) {
     const WordAudit audit = auditWords(r.typed, r.written);

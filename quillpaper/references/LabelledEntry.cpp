@@ -911,7 +911,14 @@ bool isGroupName(std::string_view text) {
       "bureau", "ministry", "foundation", "inc", "corporation", "company", "group", "museum", "library",
       "county", "government", "commission", "board", "administration", "federation", "union", "network",
       "laboratory", "hospital", "school", "college", "academy", "trust", "consortium", "coalition",
-      "alliance", "authority", "team", "project", "news", "staff", "panel", "taskforce", "nations", "ltd", "llc"};
+      "alliance", "authority", "team", "project", "news", "staff", "panel", "taskforce", "nations", "ltd", "llc",
+      // The same in the languages references are most often written in.
+      "academia", "akademie", "académie", "accademia", "universität", "universidad", "universidade",
+      "università", "université", "universiteit", "instituto", "institut", "istituto", "gesellschaft", "verein",
+      "verband", "stiftung", "ministerio", "ministère", "ministero", "ministerium", "société", "sociedad",
+      "sociedade", "società", "asociación", "associazione", "fundación", "fondation", "fondazione", "bibliothek",
+      "biblioteca", "bibliothèque", "museo", "musée", "comité", "comisión", "commissione", "consejo", "conseil",
+      "consiglio", "agencia", "agence", "departamento", "centro", "zentrum", "bundesamt"};
   return hasWordAmong(text, kWords);
 }
 

@@ -188,6 +188,7 @@ TEST(LearnedReaderTest, NamesAsTheyAre) {
       {"U.S. Department of Health and Human Services. 1992. Pressure Ulcers in Adults: Prediction and Prevention. "
        "Rockville, MD: U.S. Department of Health and Human Services.",
        "U.S. Department of Health and Human Services, "},
+      {"Instituto Cervantes. Rivers of the North. Madrid: Harbor Press, 2001.", "Instituto Cervantes, "},
       {"1. Asselin D, Arsenault H-H, Prevost D. Optical circular sampling system for translation and rotation "
        "invariant pattern recognition. Optics Communications. 1994;107:1-5.",
        "Asselin, D.; Arsenault, H.-H.; Prevost, D."},

@@ -264,17 +264,16 @@ FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
   if (!r.excludedBecause.empty() || !options_.reader || options_.steps != Steps::All) return r;
   // The APA rules' reading stands for an entry typed in APA's own form: its
   // date in APA's place ("Lee, A. (2001). …") and its words in their order.
-  // A volume and its pages the rules did not read as a periodical's are not.
-  const bool volumeUnread = r.volume.empty() && hasVolumeColonPages(r.input);
-  // Nor are a place the rules read into the publisher's name, and editors
-  // named as BibTeX names them ("In Gaw, A. C., editor, Culture…") that the
-  // rules did not read as editors.
-  const bool placeAfterPublisher = r.place.empty() && !placeAfterTheName(r.publisher).empty();
-  static const std::regex kEditorsNamed(R"(, editors?\b)");
-  const bool editorsUnread = r.editors.empty() && std::regex_search(r.input, kEditorsNamed);
-  if (r.ok() && looksApa(r.input) && keepsWordOrder(r.input, r.text()) && !volumeUnread && !placeAfterPublisher &&
-      !editorsUnread)
-    return r;
+  if (r.ok() && looksApa(r.input) && keepsWordOrder(r.input, r.text())) {
+    // But not where they read another style's parts as theirs: a volume and
+    // its pages not read as a periodical's ("Time, 135:28–31"), a place read
+    // into the publisher's name, editors named as BibTeX names them ("In Gaw,
+    // A. C., editor, Culture…") not read as editors.
+    const bool volumeUnread = r.volume.empty() && hasVolumeColonPages(r.input);
+    const bool placeAfterPublisher = r.place.empty() && !placeAfterTheName(r.publisher).empty();
+    const bool editorsUnread = r.editors.empty() && str().contains(r.input, ", editor");
+    if (!volumeUnread && !placeAfterPublisher && !editorsUnread) return r;
+  }
   return formatAsLabelled(entry, std::move(r));
 }
 

@@ -1040,6 +1040,9 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
   const std::string pagesTyped = first(reading, entry, Label::Pages);
   std::string publisher = withoutClosingStop(first(reading, entry, Label::Publisher));
   std::string place = first(reading, entry, Label::Place);
+  // A place's abbreviation keeps its full stop before the colon ("Reading, Mass.: Addison-Wesley").
+  if (!place.empty() && !place.ends_with(".") && entry.substr(firstSpan(reading, Label::Place).second).starts_with(".:"))
+    place += ".";
   // "Harbor Press, Baltimore" read as one publisher: its place after it.
   if (const std::string_view after = placeAfterTheName(publisher); place.empty() && !after.empty()) {
     place = std::string(after);

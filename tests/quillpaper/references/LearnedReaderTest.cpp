@@ -297,6 +297,9 @@ TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
       // A title's question mark, however the reading labelled it.
       {"D. Holm. Where are the rivers? River Studies, 4(1):4\u20139, April 1983.",
        "Holm, D. (1983, April). Where are the rivers? River Studies, 4(1), 4\u20139."},
+      // A place's abbreviation keeps its full stop.
+      {"Holm, Dagny. 1986. Rivers of the North. Reading, Mass.: Harbor Press.",
+       "Holm, D. (1986). Rivers of the North. Reading, Mass.: Harbor Press."},
       // A report's number after the title.
       {"Dagny Holm. Rivers of the north. Technical Report 19, Harbor Institute, Boston, June 1987.",
        "Holm, D. (1987, June). Rivers of the north (Technical Report 19). Boston: Harbor Institute."},

@@ -249,11 +249,37 @@ std::vector<PersonName> givenFirstNames(const std::vector<std::string>& pieces) 
   return out;
 }
 
-// The author (or editor) list as APA writes it, from the forms styles use:
+// A family name typed in capitals, as ABNT and other styles set it
+// ("KERNIS", "HERBST-DAMM", "O'BRIEN", "JÖRESKOG"), in the case APA writes it:
+// each part's first letter a capital, the rest small.
+std::string familyNameCase(std::string_view caps) {
+  namespace utf8 = QuillStrings::utf8;
+  std::string out;
+  bool start = true;
+  for (size_t i = 0; i < caps.size();) {
+    const char32_t c = utf8::next(caps, i);
+    utf8::append(out, start ? utf8::toUpper(c) : utf8::toLower(c));
+    start = c == ' ' || c == '-' || c == '\'' || c == U'\u2019';
+  }
+  return out;
+}
+
+// Persons' family names all typed in capitals ("KERNIS, M. H.; CORNELL,
+// D. P."), written in APA's case; a group's name ("UNESCO") stays as typed.
+void familyNamesInApaCase(NameList& list) {
+  const auto capitals = [](const PersonName& n) {
+    return !n.given.empty() && str().length(n.family) > 1 && str().upper(n.family) == n.family &&
+           str().lower(n.family) != n.family;
+  };
+  if (list.names.empty() || !std::all_of(list.names.begin(), list.names.end(), capitals)) return;
+  for (PersonName& n : list.names) n.family = familyNameCase(n.family);
+}
+
+// The author (or editor) list as typed, from the forms styles use:
 // "Kernis MH, Cornell DP" (Vancouver), "M. H. Kernis and D. P. Cornell"
 // (given names first), "Kernis, M. H., and D. P. Cornell" (the first name
 // inverted), "Kernis, M. H., Cornell, D. P." (APA's own).
-NameList namesOf(std::string text, Rewrites& rewrites) {
+NameList namesAsTyped(std::string text, Rewrites& rewrites) {
   NameList list;
   text = str().trimmed(text);
   for (std::string_view etAl : {", et al.", " et al.", ", et al", " et al"})
@@ -264,6 +290,29 @@ NameList namesOf(std::string text, Rewrites& rewrites) {
   if (isGroupName(text)) {
     list.names.push_back({text, "", ""});
     return list;
+  }
+  // Names set apart by semicolons, each inverted (ACS, ABNT): "HOLM, Dagny; VERMEER, Karl".
+  if (str().contains(text, "; ")) {
+    std::string semis = text;
+    for (std::string_view sep : {"; and ", "; & "})
+      for (size_t at = semis.find(sep); at != std::string::npos; at = semis.find(sep)) semis.replace(at, sep.size(), "; ");
+    const std::vector<std::string> pieces = str().split(semis, "; ", -1);
+    const bool inverted = std::all_of(pieces.begin(), pieces.end(), [](const std::string& p) {
+      return str().occurrences(p, ",") == 1 && !str().trimmed(str().split(p, ",", 2)[1]).empty();
+    });
+    if (inverted) {
+      for (const std::string& p : pieces) {
+        const std::vector<std::string> fg = str().split(p, ",", 2);
+        list.names.push_back({str().trimmed(fg[0]), str().trimmed(fg[1]), ""});
+      }
+      for (const PersonName& n : list.names)
+        for (const std::string& w : str().split(n.given, " ", -1))
+          if (writtenOut(w)) {
+            rewrites.mayLose.push_back(w);
+            rewrites.mayAdd.push_back(initialsOf(w));
+          }
+      return list;
+    }
   }
   std::string joined = text;
   for (std::string_view sep : {"; ", ", and ", " and ", ", & ", " & "})
@@ -330,6 +379,12 @@ NameList namesOf(std::string text, Rewrites& rewrites) {
   return list;
 }
 
+NameList namesOf(const std::string& text, Rewrites& rewrites) {
+  NameList list = namesAsTyped(text, rewrites);
+  familyNamesInApaCase(list);
+  return list;
+}
+
 // Given names first, as APA writes editors after "In": "M. Eid & R. J. Larsen".
 std::string givenFirst(const NameList& list) {
   std::vector<std::string> names;
@@ -359,9 +414,11 @@ std::string fullPages(std::string pages, Rewrites& rewrites) {
 }
 
 // "2nd ed.", as APA writes an edition typed "2nd edn", "2nd edition", "2",
-// "second edition".
+// "2. ed.", "second edition".
 std::string editionOf(const std::string& typed, Rewrites& rewrites) {
   std::string number = typed.substr(0, typed.find(' '));
+  if (number.size() > 1 && number.back() == '.' && std::isdigit(static_cast<unsigned char>(number[0])))
+    number.pop_back();  // ABNT's "2. ed."
   const std::string word = str().lower(number);
   if (const std::string numbered = ordinalOf(word); numbered != word) {
     rewrites.mayLose.push_back(number);
@@ -422,10 +479,22 @@ void otherStylesLabels(Rewrites& rewrites, std::string_view entry, bool chapter,
   if (chapter) rewrites.mayLose.push_back("in");  // APA writes its own "In"
   for (const char* w : {"edn", "edition", "doi", "url"}) rewrites.mayLose.push_back(w);
   for (std::string& w : accessStatementWords(entry)) rewrites.mayLose.push_back(std::move(w));
+  // ABNT's "v. 65, n. 6": a single letter is a label only before a number.
+  const auto labelsANumber = [&](std::string_view letter) {
+    const std::string label = std::string(letter) + ". ";
+    for (size_t at = entry.find(label); at != std::string_view::npos; at = entry.find(label, at + 1)) {
+      const size_t next = at + label.size();
+      if ((at == 0 || entry[at - 1] == ' ') && next < entry.size() && std::isdigit(static_cast<unsigned char>(entry[next])))
+        return true;
+    }
+    return false;
+  };
   if (volume)
     for (const char* w : {"vol", "volume"}) rewrites.mayLose.push_back(w);
+  if (volume && labelsANumber("v")) rewrites.mayLose.push_back("v");
   if (issue)
     for (const char* w : {"no", "nr", "issue"}) rewrites.mayLose.push_back(w);
+  if (issue && labelsANumber("n")) rewrites.mayLose.push_back("n");
   if (pages)
     for (const char* w : {"pp", "p", "page", "pages"}) rewrites.mayLose.push_back(w);
 }
@@ -829,7 +898,7 @@ void trimContainer(quillreader::Reading& r, std::string_view entry) {
 }
 
 // An edition as other styles write it where APA does not ("Addison-Wesley,
-// fourth edition, 2004", "Boston, 2nd edn."), which the reading left
+// fourth edition, 2004", "Boston, 2nd edn.", "2. ed."), which the reading left
 // unlabelled or took for a volume, is the edition.
 void editionsWhereTyped(quillreader::Reading& r, std::string_view entry) {
   const size_t n = r.labels.size();
@@ -842,8 +911,8 @@ void editionsWhereTyped(quillreader::Reading& r, std::string_view entry) {
     if (const std::string before = lower(k - 1); ordinalOf(before) != before)
       from = k - 1;
     else if (k >= 2 && allDigits(tokenText(r, entry, k - 2)) &&
-             (before == "st" || before == "nd" || before == "rd" || before == "th"))
-      from = k - 2;
+             (before == "st" || before == "nd" || before == "rd" || before == "th" || before == "."))
+      from = k - 2;  // "2nd edition", and ABNT's "2. ed."
     // (Its number is no volume's: "2nd edition" is no "Vol. 2".)
     if (from == k || std::any_of(r.labels.begin() + static_cast<long>(from), r.labels.begin() + static_cast<long>(k) + 1,
                                  [](Label l) { return l != Label::Other && l != Label::Volume; }))

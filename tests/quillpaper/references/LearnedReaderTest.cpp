@@ -297,6 +297,13 @@ TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
       // A title's question mark, however the reading labelled it.
       {"D. Holm. Where are the rivers? River Studies, 4(1):4\u20139, April 1983.",
        "Holm, D. (1983, April). Where are the rivers? River Studies, 4(1), 4\u20139."},
+      // ABNT: family names in capitals, "v." and "n." for the volume and
+      // issue, "2. ed." for the edition, names set apart by semicolons.
+      {"HOLM, D. R.; VERMEER, P. Rivers of the north. River Studies, v. 65, n. 6, p. 1190-1204, 1993.",
+       "Holm, D. R., & Vermeer, P. (1993). Rivers of the north. River Studies, 65(6), 1190\u20131204."},
+      {"HOLM, Dagny; VERMEER, Karl. Rivers of the north. 2. ed. Boston: Harbor Press, 1998.",
+       "Holm, D., & Vermeer, K. (1998). Rivers of the north (2nd ed.). Boston: Harbor Press."},
+      {"UNESCO. Rivers of the north. Paris: UNESCO, 1998.", "UNESCO. (1998). Rivers of the north. Paris: UNESCO."},
       // A place's abbreviation keeps its full stop.
       {"Holm, Dagny. 1986. Rivers of the North. Reading, Mass.: Harbor Press.",
        "Holm, D. (1986). Rivers of the North. Reading, Mass.: Harbor Press."},

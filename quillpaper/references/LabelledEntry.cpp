@@ -354,13 +354,21 @@ NameList namesAsTyped(std::string text, Rewrites& rewrites) {
   } else if (std::any_of(pieces.begin() + (pieces.empty() ? 0 : 1), pieces.end(), [](const std::string& p) {
                const std::vector<std::string> w = str().split(str().trimmed(p), " ", -1);
                if (isSuffix(p)) return false;
-               return std::all_of(w.begin(), w.end(),
-                                  [](const std::string& x) { return x.size() <= 4 && x.ends_with("."); });
+               // "M. H.", or initials without their stops ("Holm, D & Vermeer, P").
+               return std::all_of(w.begin(), w.end(), [](const std::string& x) {
+                 return (x.size() <= 4 && x.ends_with(".")) || (x.size() <= 3 && isInitials(x));
+               });
              })) {
     // A piece of initials alone means "Family, I." pairs, perhaps with the
     // names after the first written given names first (as MLA writes them).
     NameList read = readNames(joined);
     for (PersonName& n : read.names) {
+      // Initials without their stops ("Holm, D") as APA writes them.
+      if (isInitials(n.given)) {
+        rewrites.mayLose.push_back(n.given);
+        n.given = dotted(n.given);
+        rewrites.mayAdd.push_back(n.given);
+      }
       if (!n.given.empty() || str().split(n.family, " ", -1).size() < 2) {
         list.names.push_back(n);
         continue;
@@ -479,16 +487,21 @@ void otherStylesLabels(Rewrites& rewrites, std::string_view entry, bool chapter,
   if (chapter) rewrites.mayLose.push_back("in");  // APA writes its own "In"
   for (const char* w : {"edn", "edition", "doi", "url"}) rewrites.mayLose.push_back(w);
   for (std::string& w : accessStatementWords(entry)) rewrites.mayLose.push_back(std::move(w));
-  // ABNT's "v. 65, n. 6": a single letter is a label only before a number.
+  // ABNT's "v. 65, n. 6" ("v.65"): a single letter is a label only before a number.
   const auto labelsANumber = [&](std::string_view letter) {
-    const std::string label = std::string(letter) + ". ";
+    const std::string label = std::string(letter) + ".";
     for (size_t at = entry.find(label); at != std::string_view::npos; at = entry.find(label, at + 1)) {
-      const size_t next = at + label.size();
+      size_t next = at + label.size();
+      if (next < entry.size() && entry[next] == ' ') ++next;
       if ((at == 0 || entry[at - 1] == ' ') && next < entry.size() && std::isdigit(static_cast<unsigned char>(entry[next])))
         return true;
     }
     return false;
   };
+  // MLA's medium after the date ("… 2001. Print.", "… 2001. Web. 5 May 2010."), which APA does not write.
+  const std::string_view trimmed = str().trimmed(entry);
+  if (trimmed.ends_with(". Print.") || trimmed.ends_with(". Print")) rewrites.mayLose.push_back("print");
+  if (str().contains(entry, ". Web. ") || trimmed.ends_with(". Web.")) rewrites.mayLose.push_back("web");
   if (volume)
     for (const char* w : {"vol", "volume"}) rewrites.mayLose.push_back(w);
   if (volume && labelsANumber("v")) rewrites.mayLose.push_back("v");
@@ -775,8 +788,10 @@ void mendVancouverNames(quillreader::Reading& r, std::string_view entry) {
       continue;
     }
     if (i >= n || r.labels[i] != Label::Author || tokenText(r, entry, i) != ".") break;
-    // Initials with full stops of their own: "Chamberlin J., Novotney A." goes on.
-    if (i + 1 < n && r.labels[i + 1] == Label::Author && tokenText(r, entry, i + 1) == ",") {
+    // Initials with full stops of their own: "Chamberlin J., Novotney A." and
+    // "Holm D. and Vermeer P." go on.
+    if (i + 1 < n && (tokenText(r, entry, i + 1) == "," || tokenText(r, entry, i + 1) == "and" ||
+                      tokenText(r, entry, i + 1) == "&")) {
       i += 2;
       continue;
     }

@@ -320,6 +320,26 @@ TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
   }
 }
 
+// One work as people type it in the styles they learnt, each in APA's 7th
+// edition: dotted Vancouver initials joined by "and", MLA 7's "Print.",
+// ABNT's "v.12, n.3" without spaces, Harvard's initials without stops.
+TEST(LearnedReaderTest, AsPeopleTypeThem) {
+  ReferencePipeline pipeline = learnedPipeline(7);
+  const char* article = "Holm, D., & Vermeer, P. (2001). Rivers of the north. River Studies, 12(3), 45\u201367.";
+  const std::pair<const char*, const char*> rows[] = {
+      {"Holm D. and Vermeer P., 2001. Rivers of the north. River Studies, 12(3), pp.45-67.", article},
+      {"HOLM, D.; VERMEER, P. Rivers of the north. River Studies, v.12, n.3, p.45-67, 2001.", article},
+      {"Holm, D & Vermeer, P 2001, 'Rivers of the north', River Studies, vol. 12, no. 3, pp. 45-67.", article},
+      {"Holm, Dagny, and Piet Vermeer. Rivers of the North. New York: Harbor, 2001. Print.",
+       "Holm, D., & Vermeer, P. (2001). Rivers of the North. Harbor."},
+  };
+  for (const auto& [typed, apa] : rows) {
+    const FormattedReference f = pipeline.format(typed, 1);
+    EXPECT_TRUE(f.ok()) << typed << "\n" << (f.ok() ? "" : f.problems.back());
+    EXPECT_EQ(f.text(), apa) << typed;
+  }
+}
+
 // The pages after a volume, an issue and a colon, however alike their
 // numbers. Catches "2(1):1–10" read as an issue and a date.
 TEST(LearnedReaderTest, PagesAfterTheIssue) {

@@ -569,6 +569,17 @@ std::vector<std::string> notesOf(const quillreader::Reading& r, std::string_view
   return notes;
 }
 
+// A thesis as APA names it, for the names other styles give it ("PhD
+// thesis", "Ph.D. dissertation", "MSc thesis"); empty for any other note.
+std::string thesisOf(std::string_view note) {
+  static const std::regex kDoctoral(R"(^(ph\.? ?d\.?|doctoral) (thesis|dissertation)$)", std::regex::icase);
+  static const std::regex kMasters(R"(^(master'?s|m\.? ?sc?\.?|m\.? ?a\.?) (thesis|dissertation)$)", std::regex::icase);
+  const std::string text = str().trimmed(note);
+  if (std::regex_match(text, kDoctoral)) return "Doctoral dissertation";
+  if (std::regex_match(text, kMasters)) return "Master's thesis";
+  return {};
+}
+
 // A report's name and number ("Technical Report TR-2645", "Report No.
 // 83-1"), which APA writes after the title.
 bool namesAReport(std::string_view note) {
@@ -1173,15 +1184,23 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
   const std::string pagesNote = pages.empty() ? "" : (pages.find("\xe2\x80\x93") == std::string::npos ? "p. " : "pp. ") + pages;
   std::vector<std::string> afterTitle;
   if (!edition.empty()) afterTitle.push_back(editionOf(edition, rw));
-  // (A work without authors keeps them among its notes: its date follows its title.)
+  // A report's number, and a thesis as APA names it ("PhD thesis" is a
+  // "Doctoral dissertation"). (A work without authors keeps them among its
+  // notes: its date follows its title.)
   std::vector<std::string> notes = notesOf(reading, entry);
-  for (auto it = notes.begin(); it != notes.end();)
-    if (!str().trimmed(authorText).empty() && namesAReport(*it)) {
-      afterTitle.push_back(*it);
-      it = notes.erase(it);
-    } else {
+  for (auto it = notes.begin(); it != notes.end();) {
+    const std::string thesis = thesisOf(*it);
+    if (str().trimmed(authorText).empty() || (thesis.empty() && !namesAReport(*it))) {
       ++it;
+      continue;
     }
+    if (!thesis.empty()) {
+      rw.mayLose.push_back(*it);
+      rw.mayAdd.push_back(thesis);
+    }
+    afterTitle.push_back(thesis.empty() ? *it : thesis);
+    it = notes.erase(it);
+  }
   if (container.empty() && !volume.empty()) afterTitle.push_back("Vol. " + volume);
   if (container.empty() && !pagesNote.empty()) afterTitle.push_back(pagesNote);
   if (!str().trimmed(authorText).empty() && !str().trimmed(editorText).empty() && !chapter) {

@@ -59,15 +59,18 @@ TEST(LabelledEntryTest, ApaFormOfAReading) {
        "{date 1993};{volume 65}:{pages 1190-204}.",
        "Kernis, M. H., & Cornell, D. P. (1993). There's more to self-esteem. J Pers Soc Psychol, 65, 1190–1204.", "",
        1, ""},
-      // A report's number stands after the title, as APA writes it; what
-      // else the work is, which APA has no field for, is kept after it.
+      // A report's number and a thesis stand after the title, as APA writes
+      // them; what else the work is, which APA has no field for, is kept after it.
       {"{author Sherman, M.} {date 1986}. {title Producing software}. {genre Technical Report PCS-TR86-134}. "
        "{place Hanover, NH}: {publisher Dartmouth College}.",
        "Sherman, M. (1986). Producing software (Technical Report PCS-TR86-134). Hanover, NH: Dartmouth College.", "",
        0, ""},
-      {"{author Sherman, M.} {date 1986}. {title Producing software}. {genre Doctoral dissertation}. "
+      {"{author Sherman, M.} {date 1986}. {title Producing software}. {genre Ph.D. thesis}. "
        "{place Hanover, NH}: {publisher Dartmouth College}.",
-       "Sherman, M. (1986). Producing software. Hanover, NH: Dartmouth College.", "Doctoral dissertation.", 0, ""},
+       "Sherman, M. (1986). Producing software (Doctoral dissertation). Hanover, NH: Dartmouth College.", "", 0, ""},
+      {"{author Sherman, M.} {date 1986}. {title Producing software}. {genre Poster session}. "
+       "{place Hanover, NH}: {publisher Dartmouth College}.",
+       "Sherman, M. (1986). Producing software. Hanover, NH: Dartmouth College.", "Poster session.", 0, ""},
       {"{author Schmets, R.} ({date 1987}) {title Vom Schriftgiessen}. ({note German}) {place Darmstadt}: "
        "{publisher Technische Hochschule}.",
        "Schmets, R. (1987). Vom Schriftgiessen. Darmstadt: Technische Hochschule.", "(German).", 0, ""},

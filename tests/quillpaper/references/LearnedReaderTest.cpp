@@ -322,7 +322,8 @@ TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
 
 // One work as people type it in the styles they learnt, each in APA's 7th
 // edition: dotted Vancouver initials joined by "and", MLA 7's "Print.",
-// ABNT's "v.12, n.3" without spaces, Harvard's initials without stops.
+// ABNT's "v.12, n.3" without spaces, Harvard's initials without stops, a
+// thesis by the name other styles give it.
 TEST(LearnedReaderTest, AsPeopleTypeThem) {
   ReferencePipeline pipeline = learnedPipeline(7);
   const char* article = "Holm, D., & Vermeer, P. (2001). Rivers of the north. River Studies, 12(3), 45\u201367.";
@@ -332,6 +333,10 @@ TEST(LearnedReaderTest, AsPeopleTypeThem) {
       {"Holm, D & Vermeer, P 2001, 'Rivers of the north', River Studies, vol. 12, no. 3, pp. 45-67.", article},
       {"Holm, Dagny, and Piet Vermeer. Rivers of the North. New York: Harbor, 2001. Print.",
        "Holm, D., & Vermeer, P. (2001). Rivers of the North. Harbor."},
+      {"Holm, D. Rivers of the north. PhD thesis, Harbor University, 2001.",
+       "Holm, D. (2001). Rivers of the north [Doctoral dissertation, Harbor University]."},
+      {"Dagny Holm. Rivers of the north. Master's thesis, Harbor University, Boston, MA, 2001.",
+       "Holm, D. (2001). Rivers of the north [Master's thesis, Harbor University]."},
   };
   for (const auto& [typed, apa] : rows) {
     const FormattedReference f = pipeline.format(typed, 1);

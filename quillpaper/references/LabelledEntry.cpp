@@ -968,6 +968,19 @@ void pagesAfterTheIssue(quillreader::Reading& r, std::string_view entry) {
   }
 }
 
+// The date an online work was read ("[cited 2010 May 5]", "[accessed 5 May
+// 2010]") is no date of the work's.
+void accessDateIsNoDate(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  for (size_t k = 0; k + 1 < n; ++k) {
+    if (tokenText(r, entry, k) != "[") continue;
+    const std::string word = str().lower(tokenText(r, entry, k + 1));
+    if (word != "cited" && word != "accessed" && word != "updated") continue;
+    for (size_t j = k + 1; j < n && tokenText(r, entry, j) != "]"; ++j)
+      if (r.labels[j] == Label::Date) r.labels[j] = Label::Other;
+  }
+}
+
 // A title's question or exclamation mark is the title's ("What are they?"),
 // however the reading labelled it.
 void titleKeepsItsMark(quillreader::Reading& r, std::string_view entry) {
@@ -1049,6 +1062,7 @@ quillreader::Reading mended(quillreader::Reading reading, std::string_view entry
   extendTitleThroughItsYears(reading, entry);
   editionsWhereTyped(reading, entry);
   pagesAfterTheIssue(reading, entry);
+  accessDateIsNoDate(reading, entry);
   dateTheUndated(reading, entry);
   titleKeepsItsMark(reading, entry);
   fillGaps(reading, entry);

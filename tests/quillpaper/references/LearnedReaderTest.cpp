@@ -343,6 +343,13 @@ TEST(LearnedReaderTest, AsPeopleTypeThem) {
     EXPECT_TRUE(f.ok()) << typed << "\n" << (f.ok() ? "" : f.problems.back());
     EXPECT_EQ(f.text(), apa) << typed;
   }
+  // The date a web page was read on is no date of the work's ("(2001, May)"
+  // was its APA form; the reading is too unsure to be written either way).
+  const FormattedReference web = pipeline.format(
+      "Holm D. Rivers of the north [Internet]. Boston: Harbor Press; 2001 [cited 2010 May 5]. Available from: "
+      "http://x.org/rivers",
+      1);
+  EXPECT_EQ(web.text(), "Holm, D. (2001). Rivers of the north. Harbor Press. http://x.org/rivers");
 }
 
 // The pages after a volume, an issue and a colon, however alike their

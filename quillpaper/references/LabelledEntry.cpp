@@ -1037,7 +1037,9 @@ bool looksLikePlace(std::string_view place) {
 
 std::string_view placeAfterTheName(std::string_view publisher) {
   const size_t comma = publisher.find(", ");
-  if (comma == std::string_view::npos) return {};
+  // (A name that is more than a name, "University; Program (Vol. 289)", says nothing of the sort.)
+  if (comma == std::string_view::npos || publisher.substr(0, comma).find_first_of(";()") != std::string_view::npos)
+    return {};
   std::string_view tail = publisher.substr(comma + 2);
   // An edition after the place ("Boston, MA, second edition") is BibTeX's.
   if (const size_t last = tail.rfind(", "); last != std::string_view::npos && str().endsWith(tail, " edition"))

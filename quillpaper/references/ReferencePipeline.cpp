@@ -168,8 +168,23 @@ bool looksApa(std::string_view entry) {
 // A volume joined to its pages by a colon, as people and other styles
 // write it ("135:28–31", "12(3): 45–67").
 bool hasVolumeColonPages(std::string_view entry) {
-  static const std::regex kVolumeColonPages(R"((?:^|[\s,])[0-9]+(?:\([^)\s]{1,10}\))?:\s?[0-9]+)");
-  return std::regex_search(entry.begin(), entry.end(), kVolumeColonPages);
+  const auto digit = [&](size_t i) { return i < entry.size() && std::isdigit(static_cast<unsigned char>(entry[i])); };
+  for (size_t colon = entry.find(':'); colon != std::string_view::npos; colon = entry.find(':', colon + 1)) {
+    const size_t after = colon + 1 < entry.size() && entry[colon + 1] == ' ' ? colon + 2 : colon + 1;
+    if (!digit(after)) continue;
+    size_t end = colon;  // one past the volume's digits
+    if (end > 0 && entry[end - 1] == ')') {  // an issue between them: "12(3):"
+      const size_t open = entry.rfind('(', end - 1);
+      if (open == std::string_view::npos || end - open > 12 ||
+          entry.substr(open, end - open).find(' ') != std::string_view::npos)
+        continue;
+      end = open;
+    }
+    size_t begin = end;
+    while (begin > 0 && digit(begin - 1)) --begin;
+    if (begin < end && (begin == 0 || entry[begin - 1] == ' ' || entry[begin - 1] == ',')) return true;
+  }
+  return false;
 }
 
 // Names a reading may stand on: one group, or persons each with a family
@@ -262,18 +277,22 @@ const ReferencePipeline::EntryClass& ReferencePipeline::entryClass(int type) {
 FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
   FormattedReference r = formatWithRules(entry, line);
   if (!r.excludedBecause.empty() || !options_.reader || options_.steps != Steps::All) return r;
+  // The rules read another style's parts as theirs: a volume and its pages
+  // not read as a periodical's ("Time, 135:28–31"), a place read into the
+  // publisher's name, editors named as BibTeX names them ("In Gaw, A. C.,
+  // editor, Culture…", "Lee, A., editors (1994).") not read as editors. Their
+  // reading is then no reading to stand on ("Lee, A., & editors.").
+  if (r.ok()) {
+    if (r.volume.empty() && hasVolumeColonPages(r.input))
+      r.problems.push_back("the APA rules did not read the volume before its pages");
+    else if (r.place.empty() && !placeAfterTheName(r.publisher).empty())
+      r.problems.push_back("the APA rules read the place into the publisher's name");
+    else if (str().contains(r.input, ", editor") && r.editors.empty())
+      r.problems.push_back("the APA rules did not read the editors named after the list");
+  }
   // The APA rules' reading stands for an entry typed in APA's own form: its
   // date in APA's place ("Lee, A. (2001). …") and its words in their order.
-  if (r.ok() && looksApa(r.input) && keepsWordOrder(r.input, r.text())) {
-    // But not where they read another style's parts as theirs: a volume and
-    // its pages not read as a periodical's ("Time, 135:28–31"), a place read
-    // into the publisher's name, editors named as BibTeX names them ("In Gaw,
-    // A. C., editor, Culture…") not read as editors.
-    const bool volumeUnread = r.volume.empty() && hasVolumeColonPages(r.input);
-    const bool placeAfterPublisher = r.place.empty() && !placeAfterTheName(r.publisher).empty();
-    const bool editorsUnread = r.editors.empty() && str().contains(r.input, ", editor");
-    if (!volumeUnread && !placeAfterPublisher && !editorsUnread) return r;
-  }
+  if (r.ok() && looksApa(r.input) && keepsWordOrder(r.input, r.text())) return r;
   return formatAsLabelled(entry, std::move(r));
 }
 

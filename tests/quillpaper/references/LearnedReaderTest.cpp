@@ -333,6 +333,9 @@ TEST(LearnedReaderTest, AsPeopleTypeThem) {
       {"Holm, D & Vermeer, P 2001, 'Rivers of the north', River Studies, vol. 12, no. 3, pp. 45-67.", article},
       {"Holm, Dagny, and Piet Vermeer. Rivers of the North. New York: Harbor, 2001. Print.",
        "Holm, D., & Vermeer, P. (2001). Rivers of the North. Harbor."},
+      // apalike's editors after the list, which the APA rules took for a name ("& editors").
+      {"Holm, D. and Vermeer, P., editors (1994). Rivers of the north. Harbor Press, Boston, MA.",
+       "Holm, D., & Vermeer, P. (Eds.). (1994). Rivers of the north. Harbor Press."},
       {"Holm, D. Rivers of the north. PhD thesis, Harbor University, 2001.",
        "Holm, D. (2001). Rivers of the north [Doctoral dissertation, Harbor University]."},
       {"Dagny Holm. Rivers of the north. Master's thesis, Harbor University, Boston, MA, 2001.",
@@ -350,6 +353,13 @@ TEST(LearnedReaderTest, AsPeopleTypeThem) {
       "http://x.org/rivers",
       1);
   EXPECT_EQ(web.text(), "Holm, D. (2001). Rivers of the north. Harbor Press. http://x.org/rivers");
+  // The APA rules read apalike's "…, editors (1994)." as a name ("Vermeer, P., & editors."); where the
+  // learned reader is unsure too, the entry is kept as typed, not written so.
+  const FormattedReference edited = pipeline.format(
+      "Holm, D. and Vermeer, P., editors (1994). 15th annual river meeting: \u2014 july 1994, boston, MA. River "
+      "Users Group, San Francisco, CA, USA.",
+      1);
+  EXPECT_FALSE(edited.ok() && edited.text().find("& editors") != std::string::npos) << edited.text();
 }
 
 // The pages after a volume, an issue and a colon, however alike their

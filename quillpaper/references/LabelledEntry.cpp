@@ -499,7 +499,7 @@ void otherStylesLabels(Rewrites& rewrites, std::string_view entry, bool chapter,
     return false;
   };
   // MLA's medium after the date ("… 2001. Print.", "… 2001. Web. 5 May 2010."), which APA does not write.
-  const std::string_view trimmed = str().trimmed(entry);
+  const std::string trimmed = str().trimmed(entry);
   if (trimmed.ends_with(". Print.") || trimmed.ends_with(". Print")) rewrites.mayLose.push_back("print");
   if (str().contains(entry, ". Web. ") || trimmed.ends_with(". Web.")) rewrites.mayLose.push_back("web");
   if (volume)

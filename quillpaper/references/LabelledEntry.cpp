@@ -95,8 +95,9 @@ std::pair<size_t, size_t> firstSpan(const quillreader::Reading& r, Label label) 
 // quotation's marks as APA writes them. An opening quote or parenthesis
 // just before the span, or a closing parenthesis or double quote just after
 // it, whose partner is inside, comes back ("‘Typesetting’ with…", "(absolute
-// basics)", "The early printer as “Renaissance Man”"). A title typed inside double quotes sets a quotation in it in
-// single quotes; once APA drops the outer quotes, the inner ones are double:
+// basics)", "The early printer as “Renaissance Man”"). A title typed inside
+// double quotes sets a quotation in it in single quotes; once APA drops the
+// outer quotes, the inner ones are double:
 // "“A history of the ‘Humanist’ type”" is "A history of the “Humanist” type".
 std::string titleWithItsMarks(std::string title, std::string_view entry, const quillreader::Reading& r) {
   constexpr std::string_view kOpen1 = "\xe2\x80\x98", kClose1 = "\xe2\x80\x99";
@@ -206,7 +207,6 @@ bool hasWordAmong(std::string_view text, const char* const (&words)[N]) {
   return false;
 }
 
-
 // "David P. Cornell", "T. Harlow", "Ludwig van Beethoven": given names, then
 // the family name (the last word, with the particles in lower case before it);
 // a group's name stays whole. A suffix ("Hugh Paterson III", "King, Jr.")
@@ -305,12 +305,6 @@ NameList namesAsTyped(std::string text, Rewrites& rewrites) {
         const std::vector<std::string> fg = str().split(p, ",", 2);
         list.names.push_back({str().trimmed(fg[0]), str().trimmed(fg[1]), ""});
       }
-      for (const PersonName& n : list.names)
-        for (const std::string& w : str().split(n.given, " ", -1))
-          if (writtenOut(w)) {
-            rewrites.mayLose.push_back(w);
-            rewrites.mayAdd.push_back(initialsOf(w));
-          }
       return list;
     }
   }
@@ -378,17 +372,18 @@ NameList namesAsTyped(std::string text, Rewrites& rewrites) {
   } else {
     list.names = givenFirstNames(pieces);
   }
+  return list;
+}
+
+// The list as APA writes it: given names as initials, family names typed in capitals in APA's case.
+NameList namesOf(const std::string& text, Rewrites& rewrites) {
+  NameList list = namesAsTyped(text, rewrites);
   for (const PersonName& n : list.names)
     for (const std::string& w : str().split(n.given, " ", -1))
       if (writtenOut(w)) {
         rewrites.mayLose.push_back(w);
         rewrites.mayAdd.push_back(initialsOf(w));
       }
-  return list;
-}
-
-NameList namesOf(const std::string& text, Rewrites& rewrites) {
-  NameList list = namesAsTyped(text, rewrites);
   familyNamesInApaCase(list);
   return list;
 }

@@ -650,6 +650,16 @@ std::string_view tokenText(const quillreader::Reading& r, std::string_view entry
   return entry.substr(r.tokens[k].begin, r.tokens[k].end - r.tokens[k].begin);
 }
 
+bool isYear(std::string_view t) { return t.size() == 4 && allDigits(t) && t >= "1400" && t <= "2099"; }
+
+// A full stop, comma or semicolon followed by a space or the entry's end: it
+// ends a part, unlike the one inside "1.40" or "ver.2.3".
+bool endsAPart(const quillreader::Reading& r, std::string_view entry, size_t k) {
+  const std::string_view t = tokenText(r, entry, k);
+  if (t != "." && t != "," && t != ";") return false;
+  return r.tokens[k].end >= entry.size() || entry[r.tokens[k].end] == ' ';
+}
+
 // A word the reader left out of the part on both its sides ("and N. E.
 // Wiseman" with "N" alone unlabelled) belongs to that part, and so do the
 // colon or dash between two stretches of one title ("Hypertext 2000 |:|
@@ -844,14 +854,98 @@ void extendTitleThroughItsYears(quillreader::Reading& r, std::string_view entry)
     ++stop;
   }
   while (stop > end && text(stop - 1) == ",") --stop;
+  // A year in parentheses right after the title ("issue 46–47 (2006)").
+  if (stop == end && end + 2 < n && text(end) == "(" && r.labels[end + 1] == Label::Date && isYear(text(end + 1)) &&
+      text(end + 2) == ")") {
+    stop = end + 3;
+    year = true;
+  }
   if (!year || stop == end) return;
-  // The work's date is elsewhere: a date token outside the stretch.
+  // The work's date is elsewhere: a date token outside the stretch, or else
+  // the last year after it that the reading left unlabelled ("…, 2:25–27,
+  // 1995.").
   bool another = false;
   for (size_t k = 0; k < n; ++k)
     another = another || (r.labels[k] == Label::Date && (k < end || k >= stop) &&
                           std::isdigit(static_cast<unsigned char>(text(k)[0])));
-  if (!another) return;
+  if (!another) {
+    size_t last = n;
+    for (size_t k = stop; k < n; ++k)
+      if (isYear(text(k))) last = k;
+    if (last == n || r.labels[last] != Label::Other) return;
+    r.labels[last] = Label::Date;
+  }
   for (size_t k = end; k < stop; ++k) r.labels[k] = Label::Title;
+}
+
+// Words the reading left between the names and a colon that leads into the
+// title are the title's first words ("Tom Park. |napTeX 1.40|: What’s new",
+// "Anna Lee. |Sleep 2000|: Naps or nights", with "2000" read as the date).
+void titleFromBeforeItsColon(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  size_t first = 0;
+  while (first < n && r.labels[first] != Label::Title) ++first;
+  if (first < 3 || first == n || tokenText(r, entry, first - 1) != ":") return;
+  // Back to the full stop or comma, followed by a space, that ends the names.
+  size_t begin = first - 1;
+  while (begin > 0 && !(r.labels[begin - 1] != Label::Date && r.labels[begin - 1] != Label::Other) &&
+         !endsAPart(r, entry, begin - 1))
+    --begin;
+  if (begin < 2 || begin + 1 == first || !endsAPart(r, entry, begin - 1)) return;
+  const Label names = r.labels[begin - 2];
+  if (names != Label::Author && names != Label::Editor) return;
+  bool word = false;
+  for (size_t k = begin; k + 1 < first; ++k) {
+    const std::string_view t = tokenText(r, entry, k);
+    if (t == "(" || t == ")" || t == "[" || t == "]") return;
+    word = word || std::isalpha(static_cast<unsigned char>(t[0])) || static_cast<unsigned char>(t[0]) >= 0x80;
+  }
+  if (!word) return;
+  for (size_t k = begin; k < first; ++k) r.labels[k] = Label::Title;
+}
+
+// What is typed onto the title's last word without a space is the title's:
+// "Documentation—ver.2.3." is one word, however the reading split it.
+void titleThroughItsLastWord(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  for (size_t k = 1; k < n; ++k) {
+    if (r.labels[k - 1] != Label::Title || r.labels[k] != Label::Other) continue;
+    size_t end = k;  // one past the run typed onto the title's last word
+    while (end < n && r.tokens[end].begin == r.tokens[end - 1].end) ++end;
+    // Its closing punctuation and quotes ("…2.3|.| ", "patients|,”| ") are no part of the word.
+    while (end > k && !std::isalnum(static_cast<unsigned char>(tokenText(r, entry, end - 1)[0]))) --end;
+    if (end == k || std::any_of(r.labels.begin() + static_cast<long>(k), r.labels.begin() + static_cast<long>(end),
+                                [](Label l) { return l == Label::Title; }))
+      continue;
+    bool other = true;
+    for (size_t j = k; j < end; ++j) other = other && (r.labels[j] == Label::Other || r.labels[j] == Label::Volume);
+    if (other) std::fill(r.labels.begin() + static_cast<long>(k), r.labels.begin() + static_cast<long>(end), Label::Title);
+  }
+}
+
+// An entry without names whose title opens with a group's name as a
+// sentence of its own ("Harbor County Water Services. Rivers of the north.")
+// is that group's work.
+void groupBeforeTheTitle(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  if (std::any_of(r.labels.begin(), r.labels.end(), [](Label l) { return l == Label::Author || l == Label::Editor; }))
+    return;
+  size_t first = 0;
+  while (first < n && r.labels[first] != Label::Title) ++first;
+  size_t stop = first;
+  while (stop < n && r.labels[stop] == Label::Title && !(tokenText(r, entry, stop) == "." && endsAPart(r, entry, stop)))
+    ++stop;
+  if (stop + 1 >= n || stop - first < 2 || r.labels[stop] != Label::Title || r.labels[stop + 1] != Label::Title) return;
+  const std::string_view name =
+      entry.substr(r.tokens[first].begin, r.tokens[stop - 1].end - r.tokens[first].begin);
+  if (!isGroupName(name)) return;
+  // (A group's name has capitals: "Services", not "services of a river".)
+  for (const std::string& w : str().split(std::string(name), " ", -1))
+    if (!w.empty() && std::islower(static_cast<unsigned char>(w[0])) && w != "of" && w != "for" && w != "the" &&
+        w != "and" && w != "on")
+      return;
+  std::fill(r.labels.begin() + static_cast<long>(first), r.labels.begin() + static_cast<long>(stop), Label::Author);
+  r.labels[stop] = Label::Other;
 }
 
 // A title typed in double quotes is all of what they hold, whatever the
@@ -995,7 +1089,7 @@ void dateTheUndated(quillreader::Reading& r, std::string_view entry) {
   if (std::find(r.labels.begin(), r.labels.end(), Label::Date) != r.labels.end()) return;
   for (size_t k = n; k-- > 0;) {
     const std::string_view t = tokenText(r, entry, k);
-    if (t.size() != 4 || !allDigits(t) || t < "1400" || t > "2099") continue;
+    if (!isYear(t)) continue;
     const Label l = r.labels[k];
     const bool containerEnd = l == Label::Container && k > 0 && r.labels[k - 1] == Label::Container &&
                               (k + 1 == n || r.labels[k + 1] != Label::Container);
@@ -1056,6 +1150,9 @@ quillreader::Reading mended(quillreader::Reading reading, std::string_view entry
   oneRoleAList(reading, entry);
   mendVancouverNames(reading, entry);
   titleBeforeItsColon(reading, entry);
+  titleFromBeforeItsColon(reading, entry);
+  groupBeforeTheTitle(reading, entry);
+  titleThroughItsLastWord(reading, entry);
   extendTitleThroughItsYears(reading, entry);
   editionsWhereTyped(reading, entry);
   pagesAfterTheIssue(reading, entry);

@@ -130,6 +130,17 @@ TEST(LearnedReaderTest, TitlesKeepTheirMarks) {
        "Sleep in the city: A survey of naps in 1994", true},
       {"Moore SM, Nelson M (1994) The night shift: Origins and development, 1776\u20131993, 2nd edn. CQ Press",
        "The night shift: Origins and development, 1776\u20131993", true},
+      // … and so is one in parentheses right after it, or before a last
+      // year the reading left unlabelled.
+      {"Anonymous. Sleep in cities: contents of issue 4\u20135 (2006). Journal of Things, 28(2):261, 2007.",
+       "Sleep in cities: contents of issue 4\u20135 (2006)", true},
+      {"D. Holm. Sleep in the city: A survey of naps, 2012. Technical Report 10, Harbor Institute, 2014.",
+       "Sleep in the city: A survey of naps, 2012", true},
+      // Words between the names and a title's colon open the title, and
+      // what is typed onto its last word ends it.
+      {"Tom Park. napTeX 1.40: What\u2019s new. Journal of Things, 29(1):143\u2013145, 2008.",
+       "napTeX 1.40: What\u2019s new", true},
+      {"D. Holm. Rivers of the north\u2014ver.2.3. Harbor Institute, 1983.", "Rivers of the north\u2014ver.2.3", true},
       // A quoted title is all its quotes hold, a year in it too, and a date
       // in them is no APA date.
       {"Lee, Anna, and Tom Park. 2001. \u201cSleep 2000: Naps or Nights.\u201d Journal of Things 4 (2): 119\u2013121.",
@@ -304,6 +315,9 @@ TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
       {"HOLM, Dagny; VERMEER, Karl. Rivers of the north. 2. ed. Boston: Harbor Press, 1998.",
        "Holm, D., & Vermeer, K. (1998). Rivers of the north (2nd ed.). Boston: Harbor Press."},
       {"UNESCO. Rivers of the north. Paris: UNESCO, 1998.", "UNESCO. (1998). Rivers of the north. Paris: UNESCO."},
+      // A group's name as the sentence before the title is its author.
+      {"Harbor County Water Services. Rivers of the north. 2002.",
+       "Harbor County Water Services. (2002). Rivers of the north."},
       // A place's abbreviation keeps its full stop.
       {"Holm, Dagny. 1986. Rivers of the North. Reading, Mass.: Harbor Press.",
        "Holm, D. (1986). Rivers of the North. Reading, Mass.: Harbor Press."},

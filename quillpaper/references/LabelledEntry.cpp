@@ -6,6 +6,7 @@
 #include <regex>
 
 #include "quillpaper/references/AuthorNames.h"
+#include "quillpaper/references/Places.h"
 #include "strings/StringUtility.h"
 
 namespace quillpaper {
@@ -396,6 +397,24 @@ std::string givenFirst(const NameList& list) {
   if (names.size() <= 1) return names.empty() ? "" : names.front();
   if (names.size() == 2) return names[0] + " & " + names[1];
   return str().join(std::vector<std::string>(names.begin(), names.end() - 1), ", ") + ", & " + names.back();
+}
+
+// A place without the postcode other styles give after a state ("Upper
+// Saddle River, NJ 07458, USA" gives "Upper Saddle River, NJ, USA"): APA
+// names the city and its state or country only.
+std::string withoutPostcode(const std::string& place, Rewrites& rewrites) {
+  std::vector<std::string> pieces = str().split(place, ",", -1);
+  for (std::string& piece : pieces) {
+    const size_t space = piece.find_last_of(' ');
+    if (space == std::string::npos || str().trimmed(piece.substr(0, space)).empty()) continue;
+    const std::string code = piece.substr(space + 1);
+    if (std::any_of(code.begin(), code.end(), [](char c) { return c >= '0' && c <= '9'; }) &&
+        code.find_first_not_of("0123456789-") == std::string::npos) {
+      rewrites.mayLose.push_back(code);
+      piece.erase(space);
+    }
+  }
+  return str().join(pieces, ",");
 }
 
 // "1190–204" as "1190–1204": APA writes both pages in full, with an en dash.
@@ -923,6 +942,65 @@ void titleThroughItsLastWord(quillreader::Reading& r, std::string_view entry) {
   }
 }
 
+// A book's imprint written "Publisher, Place" ("Van Dale, Utrecht, The
+// Netherlands", "H. N. Abrams, New York, NY, USA"), read all as a place or
+// with the publisher as a container: the pieces between its commas before
+// the first that names a city, or before the city of the first region
+// ("Dubuque, IA"), are the publisher's. A container is a publisher's name
+// only in an entry with no volume, issue or pages and no "In".
+void publisherBeforeItsPlace(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  const auto has = [&](Label l) { return std::find(r.labels.begin(), r.labels.end(), l) != r.labels.end(); };
+  const size_t firstPlace = static_cast<size_t>(std::find(r.labels.begin(), r.labels.end(), Label::Place) - r.labels.begin());
+  if (has(Label::Publisher) || firstPlace == n) return;
+  bool inBook = false;
+  for (size_t k = 0; k < n; ++k) inBook = inBook || str().lower(tokenText(r, entry, k)) == "in";
+  const bool imprintOnly = !has(Label::Volume) && !has(Label::Issue) && !has(Label::Pages) && !inBook;
+  // (Not an initial's full stop: "H. N. Abrams".)
+  const auto sentenceEnd = [&](size_t k) {
+    return tokenText(r, entry, k) == "." && endsAPart(r, entry, k) &&
+           !(k > 0 && tokenText(r, entry, k - 1).size() == 1 && std::isupper(static_cast<unsigned char>(tokenText(r, entry, k - 1)[0])));
+  };
+  size_t begin = firstPlace, end = firstPlace;
+  while (begin > 0 && !sentenceEnd(begin - 1)) --begin;
+  while (end < n && !sentenceEnd(end)) ++end;
+  std::vector<std::pair<size_t, size_t>> pieces;  // [first, last) tokens
+  for (size_t k = begin, from = begin; k <= end; ++k)
+    if (k == end || (tokenText(r, entry, k) == "," && endsAPart(r, entry, k))) {
+      if (k > from) pieces.emplace_back(from, k);
+      from = k + 1;
+    }
+  const auto piece = [&](size_t i) {
+    return entry.substr(r.tokens[pieces[i].first].begin, r.tokens[pieces[i].second - 1].end - r.tokens[pieces[i].first].begin);
+  };
+  size_t place = pieces.size();
+  for (size_t i = 0; i < pieces.size() && place == pieces.size(); ++i) {
+    const PlaceKind kind = placeKind(piece(i));
+    if (kind == PlaceKind::City) place = i;
+    else if (kind == PlaceKind::Region) place = i > 0 && placeKind(piece(i - 1)) == PlaceKind::Unknown ? i - 1 : i;
+  }
+  if (place == 0 || place >= pieces.size()) return;
+  const auto imprint = [&](Label l) {
+    return l == Label::Place || l == Label::Other || l == Label::Editor || (l == Label::Container && imprintOnly);
+  };
+  size_t first = place;  // the publisher's first piece
+  while (first > 0 && std::all_of(r.labels.begin() + static_cast<long>(pieces[first - 1].first),
+                                  r.labels.begin() + static_cast<long>(pieces[first - 1].second), imprint))
+    --first;
+  if (first == place) return;
+  // Not a piece of nothing but punctuation or a list's number ("[16]").
+  const auto wordless = [&](size_t i) {
+    for (size_t k = pieces[i].first; k < pieces[i].second; ++k)
+      if (std::isalpha(static_cast<unsigned char>(tokenText(r, entry, k)[0]))) return false;
+    return true;
+  };
+  while (first < place && wordless(first)) ++first;
+  if (first == place) return;
+  std::fill(r.labels.begin() + static_cast<long>(pieces[first].first),
+            r.labels.begin() + static_cast<long>(pieces[place - 1].second), Label::Publisher);
+  r.labels[pieces[place - 1].second] = Label::Other;  // the comma between them
+}
+
 // An entry without names whose title opens with a group's name as a
 // sentence of its own ("Harbor County Water Services. Rivers of the north.")
 // is that group's work.
@@ -1155,6 +1233,7 @@ quillreader::Reading mended(quillreader::Reading reading, std::string_view entry
   titleThroughItsLastWord(reading, entry);
   extendTitleThroughItsYears(reading, entry);
   editionsWhereTyped(reading, entry);
+  publisherBeforeItsPlace(reading, entry);
   pagesAfterTheIssue(reading, entry);
   accessDateIsNoDate(reading, entry);
   dateTheUndated(reading, entry);
@@ -1261,32 +1340,6 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
       !container.empty() && publisher.empty() && !afterIn(reading, entry) && !namesAWholeWork(container);
   const bool chapter = !container.empty() && !periodical;
   otherStylesLabels(rw, entry, chapter, !volume.empty(), !issue.empty(), !pages.empty());
-  AuthorStyle style;
-  style.initialsOnly = true;
-  std::string apa;
-  if (!str().trimmed(authorText).empty()) {
-    const NameList list = namesOf(clean(authorText), rw);
-    // APA joins the last of several persons with "&".
-    const bool persons = std::all_of(list.names.begin(), list.names.end(), [](const PersonName& n) {
-      return !n.given.empty() && std::isupper(static_cast<unsigned char>(n.given[0]));
-    });
-    if (list.names.size() >= 2 && persons && !list.etAl) rw.mayAdd.push_back("&");
-    elidedNames(list, style, rw);
-    std::string names = formatNames(list, style);
-    apa = sentence(names) + " " + date + ". " + sentence(title);
-    out.fields.authors = list.names;
-  } else if (!str().trimmed(editorText).empty() && !chapter) {
-    // An edited work: its editors in the authors' place, "(Eds.)" after them.
-    const NameList list = namesOf(clean(editorText), rw);
-    if (list.names.size() >= 2 && !list.etAl) rw.mayAdd.push_back("&");
-    elidedNames(list, style, rw);
-    editorsLabels(rw);
-    apa = formatNames(list, style) + (list.names.size() > 1 ? " (Eds.). " : " (Ed.). ") + date + ". " +
-          sentence(title);
-    out.fields.editors = list.names;
-  } else {
-    apa = sentence(title) + " " + date + ".";
-  }
   // What APA writes in parentheses after a title: "(2nd ed., Vol. 3, pp.
   // 175–184)", and the editors of a work with its own authors ("E. Rice, Ed.").
   const std::string pagesNote = pages.empty() ? "" : (pages.find("\xe2\x80\x93") == std::string::npos ? "p. " : "pp. ") + pages;
@@ -1317,13 +1370,41 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
     afterTitle.push_back(givenFirst(editors) + (editors.names.size() > 1 ? ", Eds." : ", Ed."));
     out.fields.editors = editors.names;
   }
+  // The title and what APA writes in parentheses after it.
+  std::string titled = sentence(title);
   if (!afterTitle.empty()) {
-    if (apa.ends_with(".")) apa.pop_back();
-    apa += " (" + str().join(afterTitle, ", ") + ").";
+    if (titled.ends_with(".")) titled.pop_back();
+    titled += " (" + str().join(afterTitle, ", ") + ").";
+  }
+  AuthorStyle style;
+  style.initialsOnly = true;
+  std::string apa;
+  if (!str().trimmed(authorText).empty()) {
+    const NameList list = namesOf(clean(authorText), rw);
+    // APA joins the last of several persons with "&".
+    const bool persons = std::all_of(list.names.begin(), list.names.end(), [](const PersonName& n) {
+      return !n.given.empty() && std::isupper(static_cast<unsigned char>(n.given[0]));
+    });
+    if (list.names.size() >= 2 && persons && !list.etAl) rw.mayAdd.push_back("&");
+    elidedNames(list, style, rw);
+    std::string names = formatNames(list, style);
+    apa = sentence(names) + " " + date + ". " + titled;
+    out.fields.authors = list.names;
+  } else if (!str().trimmed(editorText).empty() && !chapter) {
+    // An edited work: its editors in the authors' place, "(Eds.)" after them.
+    const NameList list = namesOf(clean(editorText), rw);
+    if (list.names.size() >= 2 && !list.etAl) rw.mayAdd.push_back("&");
+    elidedNames(list, style, rw);
+    editorsLabels(rw);
+    apa = formatNames(list, style) + (list.names.size() > 1 ? " (Eds.). " : " (Ed.). ") + date + ". " + titled;
+    out.fields.editors = list.names;
+  } else {
+    apa = titled + " " + date + ".";
   }
   // "Place: Publisher.", or either alone.
+  const std::string apaPlace = withoutPostcode(place, rw);
   const std::string published =
-      place.empty() ? publisher : publisher.empty() ? place : place + ": " + publisher;
+      apaPlace.empty() ? publisher : publisher.empty() ? apaPlace : apaPlace + ": " + publisher;
   if (periodical) {
     apa += " " + container;
     if (!volume.empty() || !issue.empty()) apa += ", " + volume + (issue.empty() ? "" : "(" + issue + ")");
@@ -1358,7 +1439,7 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
   out.fields.issue = issue;
   out.fields.pages = pages;
   out.fields.publisher = publisher;
-  out.fields.place = place;
+  out.fields.place = apaPlace;
   out.apa = apa;
   // A volume or pages with neither a periodical's name nor a publisher: the
   // reading missed the periodical's name ("Computer 1989;22:111–20").

@@ -19,7 +19,8 @@ namespace quillpaper {
 // "[Internet]"), initials written out or run together, an abbreviated page
 // range written whole, month names written out.
 struct LabelledEntry {
-  // What the reader read, part by part, as typed (pages written whole).
+  // What the reader read, part by part, as typed (pages written whole, a
+  // place without the postcode APA does not write).
   struct Fields {
     std::string title, container, volume, issue, pages, publisher, place;
     std::vector<PersonName> authors, editors;
@@ -53,7 +54,8 @@ bool isGroupName(std::string_view text);
 // between two stretches of a title; Vancouver initials left out join their
 // names, and words read as names after the stop that ends such a list are
 // the title's; a year at a title's end is the title's when the entry dates
-// the work elsewhere.
+// the work elsewhere; a publisher typed before its place ("Van Dale,
+// Utrecht, The Netherlands") is the publisher.
 quillreader::Reading mended(quillreader::Reading reading, std::string_view entry);
 
 // Empty when the reading has no title or no date to build an entry on.

@@ -321,6 +321,17 @@ TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
       // A place's abbreviation keeps its full stop.
       {"Holm, Dagny. 1986. Rivers of the North. Reading, Mass.: Harbor Press.",
        "Holm, D. (1986). Rivers of the North. Reading, Mass.: Harbor Press."},
+      // A publisher before its place, read as the place: the pieces before
+      // the city are the publisher's, a city before its region too; APA
+      // writes no postcode. Not so a book "In" which a paper was.
+      {"[16] Rivers of the north. Van Holm, Utrecht, The Netherlands, second edition, 1989.",
+       "Rivers of the north (2nd ed.). (1989). Utrecht, The Netherlands: Van Holm."},
+      {"Dagny Holm. Rivers of the north. Van Holm, Harborville, IA, 1989.",
+       "Holm, D. (1989). Rivers of the north. Harborville, IA: Van Holm."},
+      {"D. Holm. Rivers of the north. Harbor Books, Upper Saddle River, NJ 07458, USA, 1998.",
+       "Holm, D. (1998). Rivers of the north. Upper Saddle River, NJ, USA: Harbor Books."},
+      {"D. Holm. Rivers of the north. In Proceedings of River Studies, Boston, MA, 1989.",
+       "Holm, D. (1989). Rivers of the north. In Proceedings of River Studies. Boston, MA."},
       // A report's number after the title.
       {"Dagny Holm. Rivers of the north. Technical Report 19, Harbor Institute, Boston, June 1987.",
        "Holm, D. (1987, June). Rivers of the north (Technical Report 19). Boston: Harbor Institute."},

@@ -314,11 +314,18 @@ NameList namesAsTyped(std::string text, Rewrites& rewrites) {
     for (size_t at = joined.find(sep); at != std::string::npos; at = joined.find(sep)) joined.replace(at, sep.size(), ", ");
   const std::vector<std::string> pieces = str().split(joined, ", ", -1);
 
-  // Vancouver: every piece a family name and its initials run together.
-  const auto wordsOfPiece = [](const std::string& p) {
+  // Vancouver: every piece a family name and its initials run together, a
+  // particle of the family name perhaps after them ("Mateosian E der").
+  const auto particleAfter = [](const std::vector<std::string>& w) {
+    return w.size() >= 3 && w.back().size() <= 3 && std::islower(static_cast<unsigned char>(w.back()[0])) &&
+           isInitials(w[w.size() - 2]);
+  };
+  const auto wordsOfPiece = [&](const std::string& p) {
     std::string t = str().trimmed(p);
     if (t.ends_with(".")) t.pop_back();  // the list's closing full stop
-    return str().split(t, " ", -1);
+    std::vector<std::string> w = str().split(t, " ", -1);
+    if (particleAfter(w)) std::rotate(w.begin(), w.end() - 1, w.end());
+    return w;
   };
   const bool vancouver = std::all_of(pieces.begin(), pieces.end(), [&](const std::string& p) {
     const std::vector<std::string> w = wordsOfPiece(p);
@@ -719,6 +726,40 @@ void mendNameLists(quillreader::Reading& r, std::string_view entry) {
         str().lower(tokenText(r, entry, i + 2)) == "et")
       r.labels[i] = r.labels[i - 1];
   }
+}
+
+// A DOI or an address is one token with a slash or a dot in it
+// ("10.1037/a0012", "www.apa.org"): a word read as one ("…of the Decline of |Academia|") is the
+// part's before it.
+void addressesHaveSlashes(quillreader::Reading& r, std::string_view entry) {
+  for (size_t k = 1; k < r.labels.size(); ++k)
+    if ((r.labels[k] == Label::Doi || r.labels[k] == Label::Url) &&
+        tokenText(r, entry, k).find_first_of("/.") == std::string_view::npos &&
+        std::isalpha(static_cast<unsigned char>(tokenText(r, entry, k)[0])) && r.labels[k - 1] != Label::Doi &&
+        r.labels[k - 1] != Label::Url)
+      r.labels[k] = r.labels[k - 1];
+}
+
+// A group's name the reading cut short ("U.S. General Accounting |Office|
+// (1997)"): the capitalised words left out after it, up to the punctuation
+// that ends it, are the name's when they make it a group's.
+void groupNameWhole(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  size_t begin = 0;
+  while (begin < n && r.labels[begin] != Label::Author) ++begin;
+  size_t end = begin;
+  while (end < n && r.labels[end] == Label::Author) ++end;
+  if (begin == n) return;
+  size_t stop = end;
+  while (stop < n && r.labels[stop] == Label::Other && std::isupper(static_cast<unsigned char>(tokenText(r, entry, stop)[0])))
+    ++stop;
+  if (stop == end || stop == n) return;
+  const std::string_view after = tokenText(r, entry, stop);
+  if (after != "(" && after != "." && after != ",") return;
+  const std::string_view name = entry.substr(r.tokens[begin].begin, r.tokens[stop - 1].end - r.tokens[begin].begin);
+  if (!isGroupName(name) || isGroupName(entry.substr(r.tokens[begin].begin, r.tokens[end - 1].end - r.tokens[begin].begin)))
+    return;
+  std::fill(r.labels.begin() + static_cast<long>(end), r.labels.begin() + static_cast<long>(stop), Label::Author);
 }
 
 // One list of names is of one role: "Stephen G. | Nash, editor", with the
@@ -1197,6 +1238,16 @@ bool isGroupName(std::string_view text) {
   return hasWordAmong(text, kWords);
 }
 
+bool isFamilyAndInitials(std::string_view name) {
+  std::vector<std::string> words = str().split(str().trimmed(name), " ", -1);
+  if (!words.empty() && words.back().ends_with(".")) words.back().pop_back();
+  // ("Paterson III" is a family name and its suffix.)
+  if (words.size() < 2 || !isInitials(words.back()) || isSuffix(words.back())) return false;
+  return std::all_of(words.begin(), words.end() - 1, [](const std::string& w) {
+    return w.size() >= 2 && std::isupper(static_cast<unsigned char>(w[0])) && std::islower(static_cast<unsigned char>(w[1]));
+  });
+}
+
 bool looksLikePlace(std::string_view place) {
   if (place.find_first_of(";:&0123456789") != std::string_view::npos) return false;
   return str().split(str().trimmed(place), " ", -1).size() <= 5;
@@ -1222,9 +1273,11 @@ std::string_view placeAfterTheName(std::string_view publisher) {
 
 quillreader::Reading mended(quillreader::Reading reading, std::string_view entry) {
   titleFillsItsQuotes(reading, entry);
+  addressesHaveSlashes(reading, entry);
   trimContainer(reading, entry);
   fillGaps(reading, entry);
   mendNameLists(reading, entry);
+  groupNameWhole(reading, entry);
   oneRoleAList(reading, entry);
   mendVancouverNames(reading, entry);
   titleBeforeItsColon(reading, entry);

@@ -45,6 +45,11 @@ bool looksLikePlace(std::string_view place);
 // Computer Science", "Sage, Inc."); empty for none.
 std::string_view placeAfterTheName(std::string_view publisher);
 
+// A family name and its initials run together as Vancouver writes them
+// ("Jones J", "Van Holm DR", "Holm D."), not a group's name ("Pink Floyd",
+// "UNESCO").
+bool isFamilyAndInitials(std::string_view name);
+
 // A group's name ("U.S. Department of Health and Human Services",
 // "Associated Press"): no comma, and a word that names an organisation.
 bool isGroupName(std::string_view text);

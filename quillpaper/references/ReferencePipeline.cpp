@@ -281,7 +281,8 @@ FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
   // not read as a periodical's ("Time, 135:28–31"), a place read into the
   // publisher's name, editors named as BibTeX names them ("In Gaw, A. C.,
   // editor, Culture…", "Lee, A., editors (1994).") not read as editors. Their
-  // reading is then no reading to stand on ("Lee, A., & editors.").
+  // reading is then no reading to stand on ("Lee, A., & editors."), nor is
+  // one that read Vancouver's "Jones J" as a family name.
   if (r.ok()) {
     if (r.volume.empty() && hasVolumeColonPages(r.input))
       r.problems.push_back("the APA rules did not read the volume before its pages");
@@ -289,6 +290,9 @@ FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
       r.problems.push_back("the APA rules read the place into the publisher's name");
     else if (str().contains(r.input, ", editor") && r.editors.empty())
       r.problems.push_back("the APA rules did not read the editors named after the list");
+    else if (std::any_of(r.authors.begin(), r.authors.end(),
+                         [](const PersonName& n) { return isFamilyAndInitials(n.family); }))
+      r.problems.push_back("the APA rules read a name and its initials as one family name");
   }
   // The APA rules' reading stands for an entry typed in APA's own form: its
   // date in APA's place ("Lee, A. (2001). …") and its words in their order.

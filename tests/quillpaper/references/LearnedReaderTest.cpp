@@ -220,9 +220,16 @@ TEST(LearnedReaderTest, NamesAsTheyAre) {
        "Holm, Dagny R.; Vermeer, Piet"},
       {"[Hol93] Dagny Holm. Rivers of the north. River Studies, 6(4):327\u2013341, December 1993.", "Holm, Dagny"},
       {"Dagny H. F. Holm. Rivers of the north. Harbor Press, Boston, 1998.", "Holm, Dagny H. F."},
+      // A particle after Vancouver's initials; a group's last word the reading left out.
+      {"Holm D, Mateosian E der, Vermeer P (2001) Rivers of the north. River Studies 12:45\u201367",
+       "Holm, D.; der Mateosian, E.; Vermeer, P."},
+      {"U.S. General Accounting Office (1997) Rivers of the north", "U.S. General Accounting Office, "},
       // Vancouver's initials with full stops, and a title of one word.
       {"Holm D., Vermeer P. Rivers of the north. River Studies 1998;12:45\u201367.", "Holm, D.; Vermeer, P."},
       {"[1] Holm D. Rivers. River Studies 1998;12:45\u201367.", "Holm, D."},
+      // Not for the APA rules to read as one family name, with the next
+      // taken for its given names ("Holm DR, V. P. (2012).").
+      {"Holm DR, Vermeer P. (2012). Rivers of the north. Journal of Rivers, 3, 4\u20135.", "Holm, D. R.; Vermeer, P."},
       // A suffix stays its name's, after the given names.
       {"Ingrid Holm and Hugh Paterson III. Rivers of the north. River Studies, 43(2):182\u2013196, 2022.",
        "Holm, Ingrid; Paterson, Hugh, III"},

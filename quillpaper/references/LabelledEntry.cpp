@@ -415,8 +415,10 @@ std::string withoutPostcode(const std::string& place, Rewrites& rewrites) {
     const size_t space = piece.find_last_of(' ');
     if (space == std::string::npos || str().trimmed(piece.substr(0, space)).empty()) continue;
     const std::string code = piece.substr(space + 1);
+    // (After a state only: "Suite 300" keeps its number.)
     if (std::any_of(code.begin(), code.end(), [](char c) { return c >= '0' && c <= '9'; }) &&
-        code.find_first_not_of("0123456789-") == std::string::npos) {
+        code.find_first_not_of("0123456789-") == std::string::npos &&
+        placeKind(piece.substr(0, space)) == PlaceKind::Region) {
       rewrites.mayLose.push_back(code);
       piece.erase(space);
     }
@@ -1067,6 +1069,50 @@ void groupBeforeTheTitle(quillreader::Reading& r, std::string_view entry) {
   r.labels[stop] = Label::Other;
 }
 
+// The name of proceedings, or of a book a work is "In", ends with where and
+// when its meeting was ("…Conferences, Lausanne, Switzerland, October 1989",
+// "…Threats, San Jose, CA, April 27, 2010"): pieces after its comma, read
+// as nothing or as a date, that are a known place, or a date when the entry
+// dates the work elsewhere, are the name's.
+void containerThroughItsMeeting(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  size_t begin = 0;
+  while (begin < n && r.labels[begin] != Label::Container) ++begin;
+  if (begin == n || !afterIn(r, entry)) return;
+  size_t end = begin;
+  while (end < n && r.labels[end] == Label::Container) ++end;
+  const auto text = [&](size_t k) { return tokenText(r, entry, k); };
+  const auto dated = [&](size_t from, size_t to) {  // a Date token outside [from, to)
+    for (size_t k = 0; k < n; ++k)
+      if (r.labels[k] == Label::Date && (k < from || k >= to) && std::isdigit(static_cast<unsigned char>(text(k)[0])))
+        return true;
+    return false;
+  };
+  // The comma that ends the name may have been read as its own.
+  size_t k = end;
+  if (k > begin && text(k - 1) == ",") --k;
+  while (k + 1 < n && text(k) == "," && endsAPart(r, entry, k)) {
+    size_t stop = k + 1;  // one past the piece
+    while (stop < n && !((text(stop) == "," || text(stop) == ".") && endsAPart(r, entry, stop))) ++stop;
+    bool unlabelled = true, place = true, date = true, month = false, year = false;
+    for (size_t j = k + 1; j < stop; ++j) {
+      const Label l = r.labels[j];
+      unlabelled = unlabelled && (l == Label::Other || l == Label::Date || l == Label::Container);
+      place = place && l != Label::Date;
+      const std::string_view t = text(j);
+      month = month || !monthName(t).empty();
+      year = year || isYear(t);
+      date = date && (!monthName(t).empty() || allDigits(t) || t == "\xe2\x80\x93" || t == "-");
+    }
+    const std::string_view piece = entry.substr(r.tokens[k + 1].begin, r.tokens[stop - 1].end - r.tokens[k + 1].begin);
+    place = place && placeKind(piece) != PlaceKind::Unknown;
+    date = date && (month || year) && dated(k, stop);
+    if (stop == k + 1 || !unlabelled || (!place && !date)) break;
+    std::fill(r.labels.begin() + static_cast<long>(k), r.labels.begin() + static_cast<long>(stop), Label::Container);
+    k = stop;
+  }
+}
+
 // A title typed in double quotes is all of what they hold, whatever the
 // reader made of its first or last words ("“Hypertext 2000: Databases or
 // documents”" with "Hypertext 2000" read as a date), but the punctuation
@@ -1275,6 +1321,7 @@ quillreader::Reading mended(quillreader::Reading reading, std::string_view entry
   titleFillsItsQuotes(reading, entry);
   addressesHaveSlashes(reading, entry);
   trimContainer(reading, entry);
+  containerThroughItsMeeting(reading, entry);
   fillGaps(reading, entry);
   mendNameLists(reading, entry);
   groupNameWhole(reading, entry);

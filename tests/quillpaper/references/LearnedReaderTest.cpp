@@ -285,6 +285,19 @@ TEST(LearnedReaderTest, ContainersAsNamed) {
       {"Dagny Holm and Piet Vermeer. Rivers of the north. In Anna Lee and Tom Park, editors, Rivers and lakes: 8th "
        "International Conference, pages 527\u2013532. Harbor Press, Berlin, 1995.",
        "Rivers and lakes: 8th International Conference"},
+      // Proceedings named with where and when the meeting was, but not the
+      // publisher's place after them, nor the only date of the work.
+      {"Anna Lee. Naps at noon. In Sleep and Its Rhythms: Proceedings of the Second Meeting, October 1989.",
+       "Sleep and Its Rhythms: Proceedings of the Second Meeting"},
+      {"Lee, Anna. \u201cNaps at Noon.\u201d In Sleep and Its Rhythms: Proceedings of the Second Meeting, Harbor "
+       "Institute, Lausanne, Switzerland, October 1989, edited by A. Park, 205\u201312. Boston, MA: Faber, 1989.",
+       "Sleep and Its Rhythms: Proceedings of the Second Meeting, Harbor Institute, Lausanne, Switzerland, October "
+       "1989"},
+      {"[1] Lee A, Park T. Naps at noon. In: Stone S, Holm D, editors. Sleep and Its Rhythms: Proceedings of the "
+       "Second Meeting, Harbor Institute, Lausanne, Switzerland, October 1989, Cambridge, UK: Faber; 1989, p. "
+       "205\u201312.",
+       "Sleep and Its Rhythms: Proceedings of the Second Meeting, Harbor Institute, Lausanne, Switzerland, October "
+       "1989"},
   };
   for (const auto& [typed, container] : rows) EXPECT_EQ(pipeline.format(typed, 1).containerTitle, container) << typed;
 }
@@ -339,6 +352,8 @@ TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
        "Holm, D. (1998). Rivers of the north. Upper Saddle River, NJ, USA: Harbor Books."},
       {"D. Holm. Rivers of the north. In Proceedings of River Studies, Boston, MA, 1989.",
        "Holm, D. (1989). Rivers of the north. In Proceedings of River Studies. Boston, MA."},
+      {"D. Holm. Rivers of the north. Harbor Press, 1109 Spring Street, Suite 300, Silver Spring, MD 20910, USA, 1989.",
+       "Holm, D. (1989). Rivers of the north. 1109 Spring Street, Suite 300, Silver Spring, MD, USA: Harbor Press."},
       // A report's number after the title.
       {"Dagny Holm. Rivers of the north. Technical Report 19, Harbor Institute, Boston, June 1987.",
        "Holm, D. (1987, June). Rivers of the north (Technical Report 19). Boston: Harbor Institute."},

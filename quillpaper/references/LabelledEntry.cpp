@@ -21,6 +21,12 @@ bool allDigits(std::string_view s) {
   return !s.empty() && std::all_of(s.begin(), s.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
+bool isYear(std::string_view t) { return t.size() == 4 && allDigits(t) && t >= "1400" && t <= "2099"; }
+
+std::string_view tokenText(const quillreader::Reading& r, std::string_view entry, size_t k) {
+  return entry.substr(r.tokens[k].begin, r.tokens[k].end - r.tokens[k].begin);
+}
+
 // A span without the punctuation and quotes that joined it to its neighbours.
 std::string clean(std::string_view text) {
   std::string t = str().trimmed(text);
@@ -628,11 +634,23 @@ std::string_view monthName(std::string_view word) {
 }
 
 // "(1993)", "(1990, April 9)": the year first, then what else the date says.
+// "[1782] 1992": the year in brackets before the work's is the year it was
+// first published (Chicago's and ASA's form); empty for none.
+std::string originalYear(const quillreader::Reading& r, std::string_view entry) {
+  for (size_t i = 1; i + 2 < r.tokens.size(); ++i)
+    if (tokenText(r, entry, i - 1) == "[" && isYear(tokenText(r, entry, i)) && tokenText(r, entry, i + 1) == "]" &&
+        r.labels[i + 2] == Label::Date && isYear(tokenText(r, entry, i + 2)))
+      return std::string(tokenText(r, entry, i));
+  return {};
+}
+
 std::string dateOf(const quillreader::Reading& r, std::string_view entry, Rewrites& rewrites) {
   std::string year, month, day;
   bool yearEndsTitle = false;
+  const std::string original = originalYear(r, entry);
   for (size_t i = 0; i < r.tokens.size(); ++i) {
     if (r.labels[i] != Label::Date) continue;
+    if (!original.empty() && tokenText(r, entry, i) == original && i > 0 && tokenText(r, entry, i - 1) == "[") continue;
     const std::string w(entry.substr(r.tokens[i].begin, r.tokens[i].end - r.tokens[i].begin));
     if (w.size() == 4 && allDigits(w)) {
       // A year right after the title's words ("… Survey, 2012") may be the
@@ -673,12 +691,6 @@ std::vector<std::string> wordTokens(std::string_view text) {
   }
   return out;
 }
-
-std::string_view tokenText(const quillreader::Reading& r, std::string_view entry, size_t k) {
-  return entry.substr(r.tokens[k].begin, r.tokens[k].end - r.tokens[k].begin);
-}
-
-bool isYear(std::string_view t) { return t.size() == 4 && allDigits(t) && t >= "1400" && t <= "2099"; }
 
 // A full stop, comma or semicolon followed by a space or the entry's end: it
 // ends a part, unlike the one inside "1.40" or "ver.2.3".
@@ -1069,6 +1081,46 @@ void groupBeforeTheTitle(quillreader::Reading& r, std::string_view entry) {
   r.labels[stop] = Label::Other;
 }
 
+// The names after "edited by" ("…, edited by C. Ricks and W. L. Vance.",
+// "Edited by Thomas Adès.") or in Nature's "(eds. Battiti, R. & Pardalos,
+// P.)" are the editors', however the reading labelled them: up to the
+// parenthesis that closes them, or the full stop or comma that ends the list.
+void editorsAfterEditedBy(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  const auto text = [&](size_t k) { return tokenText(r, entry, k); };
+  const auto lower = [&](size_t k) { return str().lower(text(k)); };
+  for (size_t k = 0; k + 2 < n; ++k) {
+    size_t begin = 0;
+    bool parenthesised = false;
+    if (lower(k) == "edited" && lower(k + 1) == "by") {
+      begin = k + 2;
+    } else if (k > 0 && text(k - 1) == "(" && (lower(k) == "eds" || lower(k) == "ed") && text(k + 1) == ".") {
+      begin = k + 2;
+      parenthesised = true;
+    } else {
+      continue;
+    }
+    const auto initial = [&](size_t j) { return text(j).size() == 1 && std::isupper(static_cast<unsigned char>(text(j)[0])); };
+    size_t end = begin;
+    for (; end < n; ++end) {
+      const std::string_view t = text(end);
+      if (parenthesised && t == ")") break;
+      if (!parenthesised && t == "." && endsAPart(r, entry, end) && !(end > begin && initial(end - 1))) break;
+      if (!parenthesised && t == "," && end + 1 < n && !std::isupper(static_cast<unsigned char>(text(end + 1)[0]))) break;
+      const Label l = r.labels[end];
+      if (l == Label::Title || l == Label::Date || l == Label::Pages || l == Label::Volume || l == Label::Issue ||
+          l == Label::Doi || l == Label::Url)
+        return;
+      const bool name = std::isupper(static_cast<unsigned char>(t[0])) || static_cast<unsigned char>(t[0]) >= 0x80;
+      if (!name && t != "." && t != "," && t != "-" && t != "&" && t != "and" && t != "et" && t != "al") return;
+    }
+    if (end == begin || end == n) return;
+    std::fill(r.labels.begin() + static_cast<long>(k), r.labels.begin() + static_cast<long>(begin), Label::Other);
+    std::fill(r.labels.begin() + static_cast<long>(begin), r.labels.begin() + static_cast<long>(end), Label::Editor);
+    return;
+  }
+}
+
 // The name of proceedings, or of a book a work is "In", ends with where and
 // when its meeting was ("…Conferences, Lausanne, Switzerland, October 1989",
 // "…Threats, San Jose, CA, April 27, 2010"): pieces after its comma, read
@@ -1323,6 +1375,7 @@ quillreader::Reading mended(quillreader::Reading reading, std::string_view entry
   trimContainer(reading, entry);
   containerThroughItsMeeting(reading, entry);
   fillGaps(reading, entry);
+  editorsAfterEditedBy(reading, entry);
   mendNameLists(reading, entry);
   groupNameWhole(reading, entry);
   oneRoleAList(reading, entry);
@@ -1547,6 +1600,10 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
                                  (!volume.empty() || !pages.empty()) && !afterIn(reading, entry);
   out.type = periodical || unnamedPeriodical ? 1 : 0;
   for (const std::string& note : notes) out.notes += (out.notes.empty() ? "" : " ") + sentence(note);
+  if (const std::string original = originalYear(reading, entry); !original.empty()) {
+    for (const char* word : {"Original", "work", "published"}) rw.mayAdd.push_back(word);
+    out.notes += (out.notes.empty() ? "" : " ") + std::string("(Original work published ") + original + ")";
+  }
   return out;
 }
 

@@ -253,6 +253,13 @@ TEST(LearnedReaderTest, NamesAsTheyAre) {
       "24\u201326. London: Faber and Faber, 1992.",
       1);
   EXPECT_EQ(joined(chapter.editors), "Ricks, Christopher; Vance, William L.");
+  // Nature's "(eds. …)", inverted.
+  EXPECT_EQ(joined(pipeline
+                       .format("1. Holm, D. Rivers of the north. in The Book of Rivers (eds. Lee, A., Stone, S. & "
+                               "Park, T.) 225\u2013240 (Harbor Press, 2019).",
+                               1)
+                       .editors),
+            "Lee, A.; Stone, S.; Park, T.");
   // A list read partly as an author's, partly as an editor's, or with its
   // initials left out, is of the role that follows it; a particle written
   // with a capital is the family name's.
@@ -354,6 +361,13 @@ TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
        "Holm, D. (1989). Rivers of the north. In Proceedings of River Studies. Boston, MA."},
       {"D. Holm. Rivers of the north. Harbor Press, 1109 Spring Street, Suite 300, Silver Spring, MD 20910, USA, 1989.",
        "Holm, D. (1989). Rivers of the north. 1109 Spring Street, Suite 300, Silver Spring, MD, USA: Harbor Press."},
+      // Editors named after "Edited by", and a year first published in brackets.
+      {"Lee, Anna. 2004. Rivers of the North: A History in Three Parts. Edited by Piet Vermeer. Harbor Press.",
+       "Lee, A. (2004). Rivers of the North: A History in Three Parts (P. Vermeer, Ed.). Harbor Press."},
+      {"Holm, Dagny. [1782] 1992. \u201cRivers of the North.\u201d Pp. 24\u201326 in The Book of Rivers, edited by "
+       "C. Lee and W. L. Park. Harbor Press.",
+       "Holm, D. (1992). Rivers of the North. In C. Lee & W. L. Park (Eds.), The Book of Rivers (pp. 24\u201326). "
+       "Harbor Press. (Original work published 1782)"},
       // A report's number after the title.
       {"Dagny Holm. Rivers of the north. Technical Report 19, Harbor Institute, Boston, June 1987.",
        "Holm, D. (1987, June). Rivers of the north (Technical Report 19). Boston: Harbor Institute."},

@@ -1592,7 +1592,8 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
   out.fields.issue = issue;
   out.fields.pages = pages;
   out.fields.publisher = publisher;
-  out.fields.place = apaPlace;
+  out.fields.place = place;
+  out.placeWritten = apaPlace;
   out.apa = apa;
   // A volume or pages with neither a periodical's name nor a publisher: the
   // reading missed the periodical's name ("Computer 1989;22:111–20").

@@ -19,16 +19,16 @@ namespace quillpaper {
 // "[Internet]"), initials written out or run together, an abbreviated page
 // range written whole, month names written out.
 struct LabelledEntry {
-  // What the reader read, part by part, as typed (pages written whole, a
-  // place without the postcode APA does not write).
+  // What the reader read, part by part, as typed (pages written whole).
   struct Fields {
     std::string title, container, volume, issue, pages, publisher, place;
     std::vector<PersonName> authors, editors;
   };
   Fields fields;
-  std::string apa;    // the entry for the APA rules to read
-  std::string notes;  // what it says beyond APA's fields, written after the entry as typed
-  int type = 0;       // from the labels: 1 for an article in a periodical, else 0
+  std::string placeWritten;  // the place as APA writes it, without a postcode ("NJ 07458")
+  std::string apa;           // the entry for the APA rules to read
+  std::string notes;         // what it says beyond APA's fields, written after the entry as typed
+  int type = 0;              // from the labels: 1 for an article in a periodical, else 0
   Rewrites rewrites;
   // The whole APA form: the entry and its notes.
   std::string written() const { return notes.empty() ? apa : apa + " " + notes; }

@@ -213,11 +213,12 @@ std::string bare(std::string_view s) {
 }
 
 // Whether the rules, reading the APA form, found the parts the reader read.
-bool readsBack(const FormattedReference& r, const LabelledEntry::Fields& f) {
+bool readsBack(const FormattedReference& r, const LabelledEntry& written) {
+  const LabelledEntry::Fields& f = written.fields;
   const std::pair<const std::string*, const std::string*> parts[] = {
       {&r.title, &f.title},     {&r.containerTitle, &f.container}, {&r.volume, &f.volume},
       {&r.issue, &f.issue},     {&r.pages, &f.pages},              {&r.publisher, &f.publisher},
-      {&r.place, &f.place}};
+      {&r.place, &written.placeWritten}};
   // (Of eight names or more, APA 6 writes the first six and the last.)
   const auto families = [](const std::vector<PersonName>& names) {
     std::string out;
@@ -339,7 +340,7 @@ FormattedReference ReferencePipeline::formatAsLabelled(std::string_view entry, F
   };
   // The rules read the APA form back: where they read a part otherwise than
   // the reader did, the form says something the reader did not mean.
-  const bool readBack = readsBack(r, labelled->fields);
+  const bool readBack = readsBack(r, *labelled);
   reportFields(r, labelled->fields);
   if (!readBack) return keptAsTyped("its APA form reads back otherwise");
   if (reading.confidence < options_.readerThreshold) return keptAsTyped("too uncertainly to be trusted");

@@ -1081,6 +1081,101 @@ void groupBeforeTheTitle(quillreader::Reading& r, std::string_view entry) {
   r.labels[stop] = Label::Other;
 }
 
+// A number after its label in a periodical's entry ("Vol. 12 No. 3", "vol.
+// 12, no. 3") is the volume or the issue the label names, however the
+// reading labelled it.
+void numbersAfterTheirLabels(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  const auto has = [&](Label l) { return std::find(r.labels.begin(), r.labels.end(), l) != r.labels.end(); };
+  // (A periodical's: a book's or a series' volume is another matter.)
+  if (!has(Label::Container) || has(Label::Publisher) || afterIn(r, entry)) return;
+  for (size_t k = 0; k + 2 < n; ++k) {
+    const std::string word = str().lower(tokenText(r, entry, k));
+    const Label label = word == "vol" || word == "volume" ? Label::Volume
+                        : word == "no" || word == "issue" ? Label::Issue
+                                                          : Label::Other;
+    size_t number = k + 1;
+    if (number < n && tokenText(r, entry, number) == ".") ++number;
+    if (label == Label::Other || number >= n || !allDigits(tokenText(r, entry, number)) ||
+        r.labels[number] != Label::Other || has(label))
+      continue;
+    r.labels[number] = label;
+  }
+}
+
+// Names are not read after the title but in a book's or an edited work's
+// place: "J. River Stud. 12 (2010)", "J. Pers. Soc. Psychol., vol. 65"
+// read as names after the title are the abbreviated name of a periodical
+// when a volume follows them.
+void periodicalNotNames(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  if (std::find(r.labels.begin(), r.labels.end(), Label::Container) != r.labels.end()) return;
+  size_t title = 0;
+  while (title < n && r.labels[title] != Label::Title) ++title;
+  size_t begin = title;
+  while (begin < n && r.labels[begin] != Label::Author && r.labels[begin] != Label::Editor) ++begin;
+  if (begin == n) return;
+  // Not after "in", "edited by" or "eds.".
+  for (size_t k = title; k < begin; ++k) {
+    const std::string w = str().lower(tokenText(r, entry, k));
+    if (w == "in" || w == "edited" || w == "eds" || w == "ed") return;
+  }
+  const Label names = r.labels[begin];
+  size_t end = begin;
+  // An initial the reading left out before them ("|J.| River Stud.").
+  if (begin >= title + 2 && r.labels[begin - 1] == Label::Other && r.labels[begin - 2] == Label::Other &&
+      tokenText(r, entry, begin - 1) == "." && tokenText(r, entry, begin - 2).size() == 1 &&
+      std::isupper(static_cast<unsigned char>(tokenText(r, entry, begin - 2)[0])))
+    begin -= 2;
+  while (end < n && (r.labels[end] == names || (tokenText(r, entry, end) == "." && r.labels[end] == Label::Other &&
+                                                end + 1 < n && r.labels[end + 1] == names)))
+    ++end;
+  size_t next = end;
+  while (next < n && r.labels[next] == Label::Other && !allDigits(tokenText(r, entry, next))) ++next;
+  if (next == n || r.labels[next] != Label::Volume) return;
+  // Words with capitals, abbreviated or not ("J.", "River", "Stud.").
+  for (size_t k = begin; k < end; ++k) {
+    const std::string_view t = tokenText(r, entry, k);
+    if (t != "." && t != "&" && !std::isupper(static_cast<unsigned char>(t[0])) && t != "of" && t != "and" && t != "the")
+      return;
+  }
+  while (end > begin && tokenText(r, entry, end - 1) == ".") --end;
+  std::fill(r.labels.begin() + static_cast<long>(begin), r.labels.begin() + static_cast<long>(end), Label::Container);
+}
+
+// IEEE's chapter: "in Lakes and Rivers, P. Vermeer, Ed. Boston: …": the
+// words after "in" up to the comma before the editors are the book's name,
+// the names before "Ed." or "Eds." its editors.
+void bookBeforeItsEditors(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  size_t title = 0;
+  while (title < n && r.labels[title] != Label::Title) ++title;
+  for (size_t k = title; k + 3 < n; ++k) {
+    // ("in" after the title's punctuation, not a word of it: "An Opera in Three Acts; Adès, T., Ed.")
+    const std::string_view before = k > 0 ? tokenText(r, entry, k - 1) : "";
+    if (tokenText(r, entry, k) != "in" ||
+        (before != "," && before != "." && before != "\"" && before != "\xe2\x80\x9d") ||
+        std::find(r.labels.begin(), r.labels.end(), Label::Container) != r.labels.end())
+      continue;
+    size_t comma = k + 1;
+    while (comma < n && tokenText(r, entry, comma) != "," && r.labels[comma] != Label::Date) ++comma;
+    size_t ed = comma + 1;
+    while (ed + 1 < n && tokenText(r, entry, ed) != "Ed" && tokenText(r, entry, ed) != "Eds") ++ed;
+    if (comma + 1 >= n || ed + 1 >= n || tokenText(r, entry, comma) != "," || tokenText(r, entry, ed - 1) != "," ||
+        tokenText(r, entry, ed + 1) != ".")
+      return;
+    for (size_t j = comma + 1; j + 1 < ed; ++j) {
+      const std::string_view t = tokenText(r, entry, j);
+      if (t != "." && t != "," && t != "and" && t != "&" && t != "-" && !std::isupper(static_cast<unsigned char>(t[0])))
+        return;
+    }
+    std::fill(r.labels.begin() + static_cast<long>(k + 1), r.labels.begin() + static_cast<long>(comma), Label::Container);
+    std::fill(r.labels.begin() + static_cast<long>(comma + 1), r.labels.begin() + static_cast<long>(ed - 1), Label::Editor);
+    r.labels[comma] = r.labels[ed - 1] = r.labels[ed] = r.labels[ed + 1] = Label::Other;
+    return;
+  }
+}
+
 // The names after "edited by" ("…, edited by C. Ricks and W. L. Vance.",
 // "Edited by Thomas Adès.") or in Nature's "(eds. Battiti, R. & Pardalos,
 // P.)" are the editors', however the reading labelled them: up to the
@@ -1376,6 +1471,9 @@ quillreader::Reading mended(quillreader::Reading reading, std::string_view entry
   containerThroughItsMeeting(reading, entry);
   fillGaps(reading, entry);
   editorsAfterEditedBy(reading, entry);
+  numbersAfterTheirLabels(reading, entry);
+  periodicalNotNames(reading, entry);
+  bookBeforeItsEditors(reading, entry);
   mendNameLists(reading, entry);
   groupNameWhole(reading, entry);
   oneRoleAList(reading, entry);
@@ -1470,7 +1568,20 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
       authorText.clear();
     }
   }
-  const std::string container = withoutClosingStop(first(reading, entry, Label::Container));
+  std::string container = withoutClosingStop(first(reading, entry, Label::Container));
+  // An abbreviated name keeps its last abbreviation's full stop ("J. River
+  // Stud.", "J. Pers. Soc. Psychol."; not "Dr. Dobb’s Journal of Software Tools.").
+  if (const auto [from, to] = firstSpan(reading, Label::Container);
+      !container.empty() && !container.ends_with(".") && entry.substr(to).starts_with(".") &&
+      std::isalpha(static_cast<unsigned char>(container.back()))) {
+    size_t words = 0, abbreviated = 1;
+    for (const std::string& w : str().split(container, " ", -1)) {
+      if (w.empty() || !std::isupper(static_cast<unsigned char>(w[0]))) continue;
+      ++words;
+      abbreviated += w.ends_with(".") ? 1 : 0;
+    }
+    if (abbreviated >= 2 && 2 * abbreviated >= words) container += ".";
+  }
   const std::string volume = first(reading, entry, Label::Volume), issue = first(reading, entry, Label::Issue);
   const std::string pagesTyped = first(reading, entry, Label::Pages);
   std::string publisher = withoutClosingStop(first(reading, entry, Label::Publisher));

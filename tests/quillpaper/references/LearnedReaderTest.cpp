@@ -292,6 +292,10 @@ TEST(LearnedReaderTest, ContainersAsNamed) {
       {"Dagny Holm and Piet Vermeer. Rivers of the north. In Anna Lee and Tom Park, editors, Rivers and lakes: 8th "
        "International Conference, pages 527\u2013532. Harbor Press, Berlin, 1995.",
        "Rivers and lakes: 8th International Conference"},
+      // IEEE's book before its editors, and not a title's "in" ("An Opera in Three Acts; Adès, T., Ed.").
+      {"D. Holm, \"Rivers of the north,\" in Lakes and Rivers, P. Vermeer, Ed. Boston: Harbor Press, 2010, pp. 5-9.",
+       "Lakes and Rivers"},
+      {"(1) Holm, D. Rivers of the North: An Opera in Three Acts; Vermeer, P., Ed.; Harbor Press, 2004.", ""},
       // Proceedings named with where and when the meeting was, but not the
       // publisher's place after them, nor the only date of the work.
       {"Anna Lee. Naps at noon. In Sleep and Its Rhythms: Proceedings of the Second Meeting, October 1989.",
@@ -307,6 +311,9 @@ TEST(LearnedReaderTest, ContainersAsNamed) {
        "1989"},
   };
   for (const auto& [typed, container] : rows) EXPECT_EQ(pipeline.format(typed, 1).containerTitle, container) << typed;
+  // A book's "Vol. 2.3" is no periodical's volume 2.
+  EXPECT_EQ(pipeline.format("Lee, Anna. Rivers in the Making of Europe. Vol. 2.3. Chicago: Harbor Press, 1977.", 1).volume,
+            "");
 }
 
 // What APA writes of a reading: a suffix after the initials, the year of
@@ -392,6 +399,12 @@ TEST(LearnedReaderTest, AsPeopleTypeThem) {
       {"Holm D. and Vermeer P., 2001. Rivers of the north. River Studies, 12(3), pp.45-67.", article},
       {"HOLM, D.; VERMEER, P. Rivers of the north. River Studies, v.12, n.3, p.45-67, 2001.", article},
       {"Holm, D & Vermeer, P 2001, 'Rivers of the north', River Studies, vol. 12, no. 3, pp. 45-67.", article},
+      // Emerald's "Vol. 12 No. 3"; IEEE's and LNCS's abbreviated periodical, read as names, keeps its stops.
+      {"Holm, D. and Vermeer, P. (2001), \"Rivers of the north\", River Studies, Vol. 12 No. 3, pp. 45-67.", article},
+      {"[4] D. Holm and P. Vermeer, \"Rivers of the north,\" J. River Stud., vol. 12, no. 3, pp. 45-67, 2001.",
+       "Holm, D., & Vermeer, P. (2001). Rivers of the north. J. River Stud., 12(3), 45\u201367."},
+      {"Holm, D., Vermeer, P.: Rivers of the north. J. River Stud. 12(3), 45\u201367 (2001)",
+       "Holm, D., & Vermeer, P. (2001). Rivers of the north. J. River Stud., 12(3), 45\u201367."},
       {"Holm, Dagny, and Piet Vermeer. Rivers of the North. New York: Harbor, 2001. Print.",
        "Holm, D., & Vermeer, P. (2001). Rivers of the North. Harbor."},
       // apalike's editors after the list, which the APA rules took for a name ("& editors").

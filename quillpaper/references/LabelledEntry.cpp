@@ -412,10 +412,13 @@ std::string givenFirst(const NameList& list) {
   return str().join(std::vector<std::string>(names.begin(), names.end() - 1), ", ") + ", & " + names.back();
 }
 
-// A place without the postcode other styles give after a state ("Upper
-// Saddle River, NJ 07458, USA" gives "Upper Saddle River, NJ, USA"): APA
-// names the city and its state or country only.
-std::string withoutPostcode(const std::string& place, Rewrites& rewrites) {
+// A place as APA writes it: without the postcode other styles give after a
+// state ("Upper Saddle River, NJ 07458, USA" gives "Upper Saddle River, NJ,
+// USA"), its state after a comma, not in parentheses ("Boston (MA)").
+std::string placeAsApaWritesIt(std::string place, Rewrites& rewrites) {
+  if (const size_t open = place.find(" ("); open != std::string::npos && place.ends_with(")") &&
+      placeKind(place.substr(open + 2, place.size() - open - 3)) == PlaceKind::Region)
+    place = place.substr(0, open) + ", " + place.substr(open + 2, place.size() - open - 3);
   std::vector<std::string> pieces = str().split(place, ",", -1);
   for (std::string& piece : pieces) {
     const size_t space = piece.find_last_of(' ');
@@ -599,11 +602,14 @@ std::vector<std::string> notesOf(const quillreader::Reading& r, std::string_view
 }
 
 // A thesis as APA names it, for the names other styles give it ("PhD
-// thesis", "Ph.D. dissertation", "MSc thesis"); empty for any other note.
+// thesis", "Ph.D. dissertation", "MSc thesis", "[dissertation]"); empty for
+// any other note.
 std::string thesisOf(std::string_view note) {
-  static const std::regex kDoctoral(R"(^(ph\.? ?d\.?|doctoral) (thesis|dissertation)$)", std::regex::icase);
+  static const std::regex kDoctoral(R"(^((ph\.? ?d\.?|doctoral) (thesis|dissertation)|dissertation)$)", std::regex::icase);
   static const std::regex kMasters(R"(^(master'?s|m\.? ?sc?\.?|m\.? ?a\.?) (thesis|dissertation)$)", std::regex::icase);
-  const std::string text = str().trimmed(note);
+  std::string text = str().trimmed(note);
+  // Vancouver's "[dissertation]", "[master's thesis]".
+  if (text.size() > 2 && text.front() == '[' && text.back() == ']') text = text.substr(1, text.size() - 2);
   if (std::regex_match(text, kDoctoral)) return "Doctoral dissertation";
   if (std::regex_match(text, kMasters)) return "Master's thesis";
   return {};
@@ -790,6 +796,10 @@ void oneRoleAList(quillreader::Reading& r, std::string_view entry) {
     const std::string_view t = tokenText(r, entry, k);
     return r.labels[k] == Label::Other && (t == "." || t == "," || t == ";" || t == "&" || t == "and");
   };
+  // Vancouver initials left out after their family name ("Vermeer |P|, editors").
+  const auto leftOutInitials = [&](size_t k) {
+    return r.labels[k] == Label::Other && k > 0 && names(k - 1) && isInitials(tokenText(r, entry, k));
+  };
   const auto initial = [&](size_t k) {
     const std::string_view t = tokenText(r, entry, k);
     return t.size() == 1 && std::isupper(static_cast<unsigned char>(t[0]));
@@ -811,7 +821,7 @@ void oneRoleAList(quillreader::Reading& r, std::string_view entry) {
         authors = authors || r.labels[k] == Label::Author;
         editors = editors || r.labels[k] == Label::Editor;
         end = k + 1;
-      } else if (!joins(k)) {
+      } else if (!joins(k) && !leftOutInitials(k)) {
         break;
       }
     }
@@ -827,7 +837,8 @@ void oneRoleAList(quillreader::Reading& r, std::string_view entry) {
       while (!after.empty() && (after[0] == ',' || after[0] == '(' || after[0] == '.')) after.erase(0, 1);
       const Label role = after.starts_with("ed") ? Label::Editor : Label::Author;
       for (size_t k = begin; k < end; ++k)
-        if (names(k) || (k > begin && tokenText(r, entry, k) == "." && names(k - 1) && k + 1 < end)) r.labels[k] = role;
+        if (names(k) || leftOutInitials(k) || (k > begin && tokenText(r, entry, k) == "." && names(k - 1) && k + 1 < end))
+          r.labels[k] = role;
     }
     begin = end - 1;
   }
@@ -1176,6 +1187,26 @@ void bookBeforeItsEditors(quillreader::Reading& r, std::string_view entry) {
   }
 }
 
+// Vancouver's "[dissertation]" or "[master's thesis]" after the title, and
+// its state in parentheses after a place ("Boston (MA):"), however the
+// reading labelled them.
+void vancouverBrackets(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  for (size_t k = 1; k + 2 < n; ++k) {
+    const std::string_view open = tokenText(r, entry, k - 1);
+    size_t close = k;
+    while (close < n && close < k + 4 && tokenText(r, entry, close) != "]" && tokenText(r, entry, close) != ")") ++close;
+    if (close == n || (open != "[" && open != "(")) continue;
+    const std::string_view inside = entry.substr(r.tokens[k].begin, r.tokens[close - 1].end - r.tokens[k].begin);
+    if (open == "[" && tokenText(r, entry, close) == "]" && r.labels[k - 1] != Label::Title &&
+        !thesisOf(std::string("[") + std::string(inside) + "]").empty())
+      std::fill(r.labels.begin() + static_cast<long>(k), r.labels.begin() + static_cast<long>(close), Label::Genre);
+    if (open == "(" && tokenText(r, entry, close) == ")" && close == k + 1 && k >= 2 && r.labels[k - 2] == Label::Place &&
+        placeKind(inside) == PlaceKind::Region)
+      r.labels[k - 1] = r.labels[k] = r.labels[close] = Label::Place;
+  }
+}
+
 // The names after "edited by" ("…, edited by C. Ricks and W. L. Vance.",
 // "Edited by Thomas Adès.") or in Nature's "(eds. Battiti, R. & Pardalos,
 // P.)" are the editors', however the reading labelled them: up to the
@@ -1471,6 +1502,7 @@ quillreader::Reading mended(quillreader::Reading reading, std::string_view entry
   containerThroughItsMeeting(reading, entry);
   fillGaps(reading, entry);
   editorsAfterEditedBy(reading, entry);
+  vancouverBrackets(reading, entry);
   numbersAfterTheirLabels(reading, entry);
   periodicalNotNames(reading, entry);
   bookBeforeItsEditors(reading, entry);
@@ -1595,7 +1627,9 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
     publisher = str().trimmed(publisher.substr(0, publisher.find(", ")));
   }
   const std::string edition = first(reading, entry, Label::Edition);
-  const std::string doi = first(reading, entry, Label::Doi), url = first(reading, entry, Label::Url);
+  std::string doi = first(reading, entry, Label::Doi), url = first(reading, entry, Label::Url);
+  // An address at doi.org is the work's DOI ("Available at: https://doi.org/10.1037/…").
+  if (doi.empty() && str().contains(url, "doi.org/10.")) std::swap(doi, url);
   const std::string pages = pagesTyped.empty() ? "" : fullPages(pagesTyped, rw);
 
   // A container with a publisher, or after "In", is the book a chapter or
@@ -1666,7 +1700,7 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
     apa = titled + " " + date + ".";
   }
   // "Place: Publisher.", or either alone.
-  const std::string apaPlace = withoutPostcode(place, rw);
+  const std::string apaPlace = placeAsApaWritesIt(place, rw);
   const std::string published =
       apaPlace.empty() ? publisher : publisher.empty() ? apaPlace : apaPlace + ": " + publisher;
   if (periodical) {

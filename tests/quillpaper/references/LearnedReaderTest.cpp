@@ -375,6 +375,8 @@ TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
        "C. Lee and W. L. Park. Harbor Press.",
        "Holm, D. (1992). Rivers of the North. In C. Lee & W. L. Park (Eds.), The Book of Rivers (pp. 24\u201326). "
        "Harbor Press. (Original work published 1782)"},
+      {"Holm D. Rivers of the north. Boston (MA): Harbor Press; 2001.",
+       "Holm, D. (2001). Rivers of the north. Boston, MA: Harbor Press."},
       // A report's number after the title.
       {"Dagny Holm. Rivers of the north. Technical Report 19, Harbor Institute, Boston, June 1987.",
        "Holm, D. (1987, June). Rivers of the north (Technical Report 19). Boston: Harbor Institute."},
@@ -405,6 +407,16 @@ TEST(LearnedReaderTest, AsPeopleTypeThem) {
        "Holm, D., & Vermeer, P. (2001). Rivers of the north. J. River Stud., 12(3), 45\u201367."},
       {"Holm, D., Vermeer, P.: Rivers of the north. J. River Stud. 12(3), 45\u201367 (2001)",
        "Holm, D., & Vermeer, P. (2001). Rivers of the north. J. River Stud., 12(3), 45\u201367."},
+      // Harvard's DOI as an address at doi.org.
+      {"Holm, D. and Vermeer, P. (2001) Rivers of the north, River Studies, 12(3), pp. 45\u201367. Available at: "
+       "https://doi.org/10.1000/rs.2001.3",
+       "Holm, D., & Vermeer, P. (2001). Rivers of the north. River Studies, 12(3), 45\u201367. "
+       "https://doi.org/10.1000/rs.2001.3"},
+      // Vancouver's thesis and its state in parentheses; editors with their initials left unread.
+      {"Holm D. Rivers of the north [dissertation]. Boston (MA): Harbor University; 2001.",
+       "Holm, D. (2001). Rivers of the north [Doctoral dissertation, Harbor University]."},
+      {"Holm D, Vermeer P, editors. Rivers of the north. 2nd ed. Boston: Harbor Press; 2001.",
+       "Holm, D., & Vermeer, P. (Eds.). (2001). Rivers of the north (2nd ed.). Harbor Press."},
       {"Holm, Dagny, and Piet Vermeer. Rivers of the North. New York: Harbor, 2001. Print.",
        "Holm, D., & Vermeer, P. (2001). Rivers of the North. Harbor."},
       // apalike's editors after the list, which the APA rules took for a name ("& editors").
@@ -420,6 +432,17 @@ TEST(LearnedReaderTest, AsPeopleTypeThem) {
     EXPECT_TRUE(f.ok()) << typed << "\n" << (f.ok() ? "" : f.problems.back());
     EXPECT_EQ(f.text(), apa) << typed;
   }
+  // A DOI given as an address at doi.org, which the APA rules read back into
+  // the pages ("45–67. Retrieved from"), is written as a DOI however unsure
+  // the reading.
+  std::string problem;
+  ReferencePipeline anyReading(testing::session(), {.edition = 7, .reader = readerModel(problem), .readerThreshold = 0});
+  const FormattedReference harvard = anyReading.format(
+      "Holm, D. & Vermeer, P. (2001) 'Rivers of the north', River Studies, 12(3), pp. 45\u201367. Available at: "
+      "https://doi.org/10.1000/rs.2001.3 (Accessed: 5 May 2010).",
+      1);
+  EXPECT_EQ(harvard.text(), "Holm, D., & Vermeer, P. (2001). Rivers of the north. River Studies, 12(3), 45\u201367. "
+                            "https://doi.org/10.1000/rs.2001.3");
   // The date a web page was read on is no date of the work's ("(2001, May)"
   // was its APA form; the reading is too unsure to be written either way).
   const FormattedReference web = pipeline.format(

@@ -4,7 +4,8 @@
 // entry as typed, or an APA form that loses and adds no word but for what
 // APA changes in the names of authors and editors (initials, also typed
 // together, the names between the sixth and the last, other styles' labels
-// of the editors), a list's numbering, a page range or a month written short.
+// of the editors), a list's numbering, a page range or a month written short,
+// a medium or a postcode APA does not write.
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
@@ -88,8 +89,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // Other styles' labels of a part APA writes without one.
     if (!r.pages.empty() || shown.find("(pp. ") != std::string::npos || shown.find("(p. ") != std::string::npos)
       names.mayLose.insert(names.mayLose.end(), {"pp", "p", "page", "pages"});
-    if (!r.volume.empty()) names.mayLose.insert(names.mayLose.end(), {"vol", "volume"});
-    if (!r.issue.empty()) names.mayLose.insert(names.mayLose.end(), {"no", "nr", "issue"});
+    if (!r.volume.empty()) names.mayLose.insert(names.mayLose.end(), {"vol", "volume", "v"});
+    if (!r.issue.empty()) names.mayLose.insert(names.mayLose.end(), {"no", "nr", "issue", "n"});
     // Other styles' labels of the editors, whom APA labels "(Ed.)".
     if (!r.editors.empty())
       for (const char* w : {"editor", "editors", "edited", "by", "and", "translated", "translator", "translators",
@@ -110,14 +111,23 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       names.mayLose.push_back(to);
       names.mayAdd.push_back(from.substr(0, from.size() - to.size()) + to);
     }
-    // A list's numbering ("[3]", "(3)", "3.", "3", however bracketed) is no part of the work.
-    static const std::regex kNumbering(R"(^\s*[\[(]?([0-9]+)[^A-Za-z0-9\s]*\s)");
+    // A list's numbering ("[3]", "(3)", "3.", "3", however bracketed or marked, "1.V Oakes" without its
+    // space) is no part of the work.
+    static const std::regex kNumbering(R"(^[^A-Za-z0-9]*([0-9]+)[^A-Za-z0-9\s]*(\s|[A-Za-z]))");
     if (std::smatch m; std::regex_search(tidy, m, kNumbering)) names.mayLose.push_back(m[1].str());
     // A thesis is named as APA names it ("PhD thesis" is a "Doctoral dissertation").
     if (shown.find("Doctoral dissertation") != std::string::npos || shown.find("Master's thesis") != std::string::npos) {
       names.mayLose.insert(names.mayLose.end(), {"phd", "ph", "d", "thesis", "dissertation", "msc", "sc", "ma", "m", "s"});
       names.mayAdd.insert(names.mayAdd.end(), {"doctoral", "dissertation", "master's", "thesis"});
     }
+    // MLA's medium ("… 2001. Print.") and a postcode after a state ("MD 20910") APA does not write; a year
+    // first published in brackets ("[1782] 1992") it writes as "(Original work published 1782)".
+    names.mayLose.insert(names.mayLose.end(), {"print", "web"});
+    static const std::regex kPostcode(R"(\b[A-Z]{2} ([0-9][0-9-]{3,9})\b)");
+    for (auto it = std::sregex_iterator(tidy.begin(), tidy.end(), kPostcode); it != std::sregex_iterator(); ++it)
+      names.mayLose.push_back((*it)[1].str());
+    if (shown.find("(Original work published ") != std::string::npos)
+      names.mayAdd.insert(names.mayAdd.end(), {"original", "work", "published"});
     // Nor is a citation key ("[Knu84]", "[GMRS04]"): its letters and its year.
     static const std::regex kKey(R"(^\s*\[([^\]\s0-9][^\]\s]{0,11}[0-9]{2,4}[a-z]?)\]\s)");
     if (std::smatch m; std::regex_search(tidy, m, kKey)) names.mayLose.push_back(m[1].str());

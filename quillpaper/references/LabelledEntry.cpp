@@ -456,6 +456,7 @@ std::string fullPages(std::string pages, Rewrites& rewrites) {
 // "2nd ed.", as APA writes an edition typed "2nd edn", "2nd edition", "2",
 // "2. ed.", "second edition".
 std::string editionOf(const std::string& typed, Rewrites& rewrites) {
+  for (const char* w : {"edn", "edition"}) rewrites.mayLose.push_back(w);
   std::string number = typed.substr(0, typed.find(' '));
   if (number.size() > 1 && number.back() == '.' && std::isdigit(static_cast<unsigned char>(number[0])))
     number.pop_back();  // ABNT's "2. ed."
@@ -517,7 +518,7 @@ std::vector<std::string> accessStatementWords(std::string_view entry) {
 void otherStylesLabels(Rewrites& rewrites, std::string_view entry, bool chapter, bool volume, bool issue,
                        bool pages) {
   if (chapter) rewrites.mayLose.push_back("in");  // APA writes its own "In"
-  for (const char* w : {"edn", "edition", "doi", "url"}) rewrites.mayLose.push_back(w);
+  for (const char* w : {"doi", "url"}) rewrites.mayLose.push_back(w);
   for (std::string& w : accessStatementWords(entry)) rewrites.mayLose.push_back(std::move(w));
   // ABNT's "v. 65, n. 6" ("v.65"): a single letter is a label only before a number.
   const auto labelsANumber = [&](std::string_view letter) {
@@ -1282,10 +1283,11 @@ void containerThroughItsMeeting(quillreader::Reading& r, std::string_view entry)
       year = year || isYear(t);
       date = date && (!monthName(t).empty() || allDigits(t) || t == "\xe2\x80\x93" || t == "-");
     }
+    if (stop == k + 1 || !unlabelled) break;
     const std::string_view piece = entry.substr(r.tokens[k + 1].begin, r.tokens[stop - 1].end - r.tokens[k + 1].begin);
     place = place && placeKind(piece) != PlaceKind::Unknown;
     date = date && (month || year) && dated(k, stop);
-    if (stop == k + 1 || !unlabelled || (!place && !date)) break;
+    if (!place && !date) break;
     std::fill(r.labels.begin() + static_cast<long>(k), r.labels.begin() + static_cast<long>(stop), Label::Container);
     k = stop;
   }
@@ -1586,7 +1588,10 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
   // A list's numbering ("[3]", "3.") is no part of the work.
   for (size_t i = 0; i < reading.tokens.size() && reading.labels[i] == Label::Other; ++i) {
     const std::string w(entry.substr(reading.tokens[i].begin, reading.tokens[i].end - reading.tokens[i].begin));
-    if (allDigits(w)) rw.mayLose.push_back(w);
+    if (allDigits(w)) {
+      rw.mayLose.push_back(w);
+      break;  // (one number: "[57. :7]" is no numbering of a list)
+    }
   }
   std::string editorText = namesSpan(reading, entry, Label::Editor);
   // Names followed by "(eds)", "(ed.)" or ", editors" are the editors of an

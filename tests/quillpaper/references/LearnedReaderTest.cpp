@@ -518,6 +518,9 @@ TEST(LearnedReaderTest, FuzzFindingsKeepEveryWord) {
            // Two stretches read as names ("Reaves J." and "Time.") are not one name across them.
            "1. Reaves J. A weighty (with james rosen. Time. 2001 Mar 14. http://www.time.com/time/nation/article/"
            "0,8599,102443,00.html",
+           // An edition's label with no edition read, and a number no list's ("[57. :7]").
+           "Solomon, M. (1986) edn. The art of typography.",
+           "[57. :7] Charles Karney. Getting TeX labelling on graphics. 1988.",
        }) {
     // Each reading loses a character or a name: none may be written.
     const FormattedReference f = pipeline.format(entry, 1);

@@ -707,6 +707,23 @@ bool endsAPart(const quillreader::Reading& r, std::string_view entry, size_t k) 
   return r.tokens[k].end >= entry.size() || entry[r.tokens[k].end] == ' ';
 }
 
+// A name does not begin with "and" or "of": a part the reading began there
+// ("U.S. Department of Health |and Human Services|") is the end of the one
+// before it, when nothing but a space stands between them.
+void partsDoNotStartWithAnd(quillreader::Reading& r, std::string_view entry) {
+  const auto named = [](Label l) {
+    return l == Label::Title || l == Label::Container || l == Label::Publisher || l == Label::Place;
+  };
+  for (size_t k = 1; k < r.labels.size(); ++k) {
+    const std::string_view t = tokenText(r, entry, k);
+    if (r.labels[k] == r.labels[k - 1] || !named(r.labels[k]) || !named(r.labels[k - 1]) ||
+        (t != "and" && t != "of" && t != "&" && t != "for"))
+      continue;
+    const Label from = r.labels[k];
+    for (size_t j = k; j < r.labels.size() && r.labels[j] == from; ++j) r.labels[j] = r.labels[k - 1];
+  }
+}
+
 // A word the reader left out of the part on both its sides ("and N. E.
 // Wiseman" with "N" alone unlabelled) belongs to that part, and so do the
 // colon or dash between two stretches of one title ("Hypertext 2000 |:|
@@ -1018,11 +1035,15 @@ void titleThroughItsLastWord(quillreader::Reading& r, std::string_view entry) {
 void publisherBeforeItsPlace(quillreader::Reading& r, std::string_view entry) {
   const size_t n = r.labels.size();
   const auto has = [&](Label l) { return std::find(r.labels.begin(), r.labels.end(), l) != r.labels.end(); };
-  const size_t firstPlace = static_cast<size_t>(std::find(r.labels.begin(), r.labels.end(), Label::Place) - r.labels.begin());
-  if (has(Label::Publisher) || firstPlace == n) return;
+  if (has(Label::Publisher)) return;
   bool inBook = false;
   for (size_t k = 0; k < n; ++k) inBook = inBook || str().lower(tokenText(r, entry, k)) == "in";
   const bool imprintOnly = !has(Label::Volume) && !has(Label::Issue) && !has(Label::Pages) && !inBook;
+  // The place, or a container that holds one ("Real Academia Española, Madrid, Spain").
+  size_t firstPlace = static_cast<size_t>(std::find(r.labels.begin(), r.labels.end(), Label::Place) - r.labels.begin());
+  if (firstPlace == n && imprintOnly)
+    firstPlace = static_cast<size_t>(std::find(r.labels.begin(), r.labels.end(), Label::Container) - r.labels.begin());
+  if (firstPlace == n) return;
   // (Not an initial's full stop: "H. N. Abrams".)
   const auto sentenceEnd = [&](size_t k) {
     return tokenText(r, entry, k) == "." && endsAPart(r, entry, k) &&
@@ -1066,6 +1087,15 @@ void publisherBeforeItsPlace(quillreader::Reading& r, std::string_view entry) {
   std::fill(r.labels.begin() + static_cast<long>(pieces[first].first),
             r.labels.begin() + static_cast<long>(pieces[place - 1].second), Label::Publisher);
   r.labels[pieces[place - 1].second] = Label::Other;  // the comma between them
+  // The place's pieces read as the container's are the place's.
+  for (size_t i = place; i < pieces.size(); ++i) {
+    if (std::any_of(r.labels.begin() + static_cast<long>(pieces[i].first), r.labels.begin() + static_cast<long>(pieces[i].second),
+                    [](Label l) { return l != Label::Container; }))
+      break;
+    std::fill(r.labels.begin() + static_cast<long>(pieces[i].first), r.labels.begin() + static_cast<long>(pieces[i].second),
+              Label::Place);
+    if (i > place) r.labels[pieces[i].first - 1] = Label::Place;  // the comma inside the place
+  }
 }
 
 // An entry without names whose title opens with a group's name as a
@@ -1084,10 +1114,13 @@ void groupBeforeTheTitle(quillreader::Reading& r, std::string_view entry) {
   const std::string_view name =
       entry.substr(r.tokens[first].begin, r.tokens[stop - 1].end - r.tokens[first].begin);
   if (!isGroupName(name)) return;
-  // (A group's name has capitals: "Services", not "services of a river".)
+  // (A group's name has capitals but for its little words: "Services", not
+  // "services of a river"; "Real Academia de Ríos".)
+  static const char* const kLittle[] = {"of", "for", "the", "and", "on", "de", "del", "della", "des", "du", "la",
+                                        "le", "für", "der", "van", "von", "y", "e", "et", "und"};
   for (const std::string& w : str().split(std::string(name), " ", -1))
-    if (!w.empty() && std::islower(static_cast<unsigned char>(w[0])) && w != "of" && w != "for" && w != "the" &&
-        w != "and" && w != "on")
+    if (!w.empty() && std::islower(static_cast<unsigned char>(w[0])) &&
+        std::find(std::begin(kLittle), std::end(kLittle), w) == std::end(kLittle))
       return;
   std::fill(r.labels.begin() + static_cast<long>(first), r.labels.begin() + static_cast<long>(stop), Label::Author);
   r.labels[stop] = Label::Other;
@@ -1501,6 +1534,7 @@ quillreader::Reading mended(quillreader::Reading reading, std::string_view entry
   titleFillsItsQuotes(reading, entry);
   addressesHaveSlashes(reading, entry);
   trimContainer(reading, entry);
+  partsDoNotStartWithAnd(reading, entry);
   containerThroughItsMeeting(reading, entry);
   fillGaps(reading, entry);
   editorsAfterEditedBy(reading, entry);

@@ -377,6 +377,13 @@ TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
        "Harbor Press. (Original work published 1782)"},
       {"Holm D. Rivers of the north. Boston (MA): Harbor Press; 2001.",
        "Holm, D. (2001). Rivers of the north. Boston, MA: Harbor Press."},
+      // A group's publisher and place read as one container; a group's name cut at its "and".
+      {"Real Academia de Ríos. Diccionario de ríos. Real Academia de Ríos, Madrid, Spain, 22nd edition, 2001.",
+       "Real Academia de Ríos. (2001). Diccionario de ríos (22nd ed.). Madrid, Spain: Real Academia de Ríos."},
+      {"Harbor Department of Health and Human Services. Rivers of the north. Technical Report 92-0047, Harbor "
+       "Department of Health and Human Services, Rockville, MD, 1992.",
+       "Harbor Department of Health and Human Services. (1992). Rivers of the north (Technical Report 92-0047). "
+       "Rockville, MD: Harbor Department of Health and Human Services."},
       // A report's number after the title.
       {"Dagny Holm. Rivers of the north. Technical Report 19, Harbor Institute, Boston, June 1987.",
        "Holm, D. (1987, June). Rivers of the north (Technical Report 19). Boston: Harbor Institute."},

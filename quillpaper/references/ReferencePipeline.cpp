@@ -283,7 +283,8 @@ FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
   // publisher's name, editors named as BibTeX names them ("In Gaw, A. C.,
   // editor, Culture…", "Lee, A., editors (1994).") not read as editors. Their
   // reading is then no reading to stand on ("Lee, A., & editors."), nor is
-  // one that read Vancouver's "Jones J" as a family name.
+  // one that read Vancouver's "Jones J" as a family name or the colon of
+  // "38(9):229–231" into the pages.
   if (r.ok()) {
     if (r.volume.empty() && hasVolumeColonPages(r.input))
       r.problems.push_back("the APA rules did not read the volume before its pages");
@@ -294,6 +295,8 @@ FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
     else if (std::any_of(r.authors.begin(), r.authors.end(),
                          [](const PersonName& n) { return isFamilyAndInitials(n.family); }))
       r.problems.push_back("the APA rules read a name and its initials as one family name");
+    else if (!r.pages.empty() && !std::isalnum(static_cast<unsigned char>(r.pages[0])))
+      r.problems.push_back("the APA rules read the punctuation before the pages into them");
   }
   // The APA rules' reading stands for an entry typed in APA's own form: its
   // date in APA's place ("Lee, A. (2001). …") and its words in their order.

@@ -231,6 +231,7 @@ TEST(TypedReferencesTest, AuditTellsRewritesFromDamage) {
       {"A. Book (pp. 1–2).", "A. In Book (pp. 1–2).", ""},
       {"Ueda, Toshihide. (2010).", "Ueda, & Toshihide. (2010).", "the APA form would add \"and\""},
       {"Smith, J. (2016), Title.", "Smith, J. (2016). , Title.", "the APA form would break \". ,\""},
+      {"Review, 38(9):229\u2013231.", "Review, 38(9), :229\u2013231.", "the APA form would break \", :\""},
       {"Law Review, 30, pp. 81.", "Law Review, 30, pp, 81.",
        "the APA form would add \"pp\"; it would break \"pp without its full stop\""},
       {"Review, vol. 19.", "Review, vol.", "the APA form would lose \"19\"; it would add \"vol\""},

@@ -603,10 +603,11 @@ std::vector<std::string> notesOf(const quillreader::Reading& r, std::string_view
 }
 
 // A thesis as APA names it, for the names other styles give it ("PhD
-// thesis", "Ph.D. dissertation", "MSc thesis", "[dissertation]"); empty for
-// any other note.
+// thesis", "Ph.D. dissertation", "PhD diss.", "MSc thesis",
+// "[dissertation]"); empty for any other note.
 std::string thesisOf(std::string_view note) {
-  static const std::regex kDoctoral(R"(^((ph\.? ?d\.?|doctoral) (thesis|dissertation)|dissertation)$)", std::regex::icase);
+  static const std::regex kDoctoral(R"(^((ph\.? ?d\.?|doctoral) (thesis|dissertation|diss\.?)|dissertation)$)",
+                                    std::regex::icase);
   static const std::regex kMasters(R"(^(master'?s|m\.? ?sc?\.?|m\.? ?a\.?) (thesis|dissertation)$)", std::regex::icase);
   std::string text = str().trimmed(note);
   // Vancouver's "[dissertation]", "[master's thesis]".
@@ -1681,7 +1682,9 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
   // 175–184)", and the editors of a work with its own authors ("E. Rice, Ed.").
   const std::string pagesNote = pages.empty() ? "" : (pages.find("\xe2\x80\x93") == std::string::npos ? "p. " : "pp. ") + pages;
   std::vector<std::string> afterTitle;
-  if (!edition.empty()) afterTitle.push_back(editionOf(edition, rw));
+  // (A chapter's edition is its book's: "In A. Lee (Ed.), Book (2nd ed., pp. 5–9).")
+  const std::string editionWritten = edition.empty() ? "" : editionOf(edition, rw);
+  if (!editionWritten.empty() && !chapter) afterTitle.push_back(editionWritten);
   // A report's number, and a thesis as APA names it ("PhD thesis" is a
   // "Doctoral dissertation"). (A work without authors keeps them among its
   // notes: its date follows its title.)
@@ -1755,6 +1758,7 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
     apa += " In ";
     if (!editors.names.empty()) apa += givenFirst(editors) + (editors.names.size() > 1 ? " (Eds.), " : " (Ed.), ");
     std::vector<std::string> where;
+    if (!editionWritten.empty()) where.push_back(editionWritten);
     if (!volume.empty()) where.push_back("Vol. " + volume);
     if (!pagesNote.empty()) where.push_back(pagesNote);
     apa += container + (where.empty() ? "" : " (" + str().join(where, ", ") + ")") + ".";

@@ -427,6 +427,13 @@ TEST(LearnedReaderTest, AsPeopleTypeThem) {
        "Holm, D. (2001). Rivers of the north [Doctoral dissertation, Harbor University]."},
       {"Holm D, Vermeer P, editors. Rivers of the north. 2nd ed. Boston: Harbor Press; 2001.",
        "Holm, D., & Vermeer, P. (Eds.). (2001). Rivers of the north (2nd ed.). Harbor Press."},
+      // A chapter's edition is its book's; Chicago's "PhD diss.".
+      {"Holm D, Vermeer P. Rivers of the north. In: Lee A, editor. Lakes and rivers. 2nd ed. Boston: Harbor Press; "
+       "2001. p. 5-9.",
+       "Holm, D., & Vermeer, P. (2001). Rivers of the north. In A. Lee (Ed.), Lakes and rivers (2nd ed., pp. "
+       "5\u20139). Harbor Press."},
+      {"Holm, D. 2001. Rivers of the north. PhD diss., Harbor University.",
+       "Holm, D. (2001). Rivers of the north [Doctoral dissertation, Harbor University]."},
       {"Holm, Dagny, and Piet Vermeer. Rivers of the North. New York: Harbor, 2001. Print.",
        "Holm, D., & Vermeer, P. (2001). Rivers of the North. Harbor."},
       // apalike's editors after the list, which the APA rules took for a name ("& editors").

@@ -1127,6 +1127,51 @@ void groupBeforeTheTitle(quillreader::Reading& r, std::string_view entry) {
   r.labels[stop] = Label::Other;
 }
 
+// ACS names a book's editors between semicolons, before "Ed." or "Eds."
+// ("In Book; Harrison, J. A., Ed.; Publisher"): those names are the
+// editors', however the reading labelled them.
+void editorsBeforeEd(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  const auto text = [&](size_t k) { return tokenText(r, entry, k); };
+  for (size_t ed = 2; ed + 1 < n; ++ed) {
+    if ((text(ed) != "Ed" && text(ed) != "Eds") || text(ed + 1) != "." || text(ed - 1) != ",") continue;
+    size_t begin = ed - 1;
+    while (begin > 0 && text(begin - 1) != ";") --begin;
+    if (begin == 0 || begin + 1 >= ed - 1) return;
+    for (size_t k = begin; k + 1 < ed; ++k) {
+      const std::string_view t = text(k);
+      const Label l = r.labels[k];
+      if (l == Label::Title || l == Label::Date || l == Label::Pages || l == Label::Volume) return;
+      if (t != "." && t != "," && t != "-" && t != "and" && t != "&" && !std::isupper(static_cast<unsigned char>(t[0])) &&
+          static_cast<unsigned char>(t[0]) < 0x80)
+        return;
+    }
+    std::fill(r.labels.begin() + static_cast<long>(begin), r.labels.begin() + static_cast<long>(ed - 1), Label::Editor);
+    r.labels[ed - 1] = r.labels[ed] = r.labels[ed + 1] = Label::Other;
+    return;
+  }
+}
+
+// A title does not run on into the book a chapter is in: "The Masque of the
+// Red Death. In The complete works of Poe;" read as one title is the
+// chapter's title, then "In", then the book's name.
+void titleEndsBeforeIn(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  if (std::find(r.labels.begin(), r.labels.end(), Label::Container) != r.labels.end()) return;
+  for (size_t k = 2; k + 1 < n; ++k) {
+    if (r.labels[k] != Label::Title || tokenText(r, entry, k) != "In" || r.labels[k - 1] != Label::Title ||
+        tokenText(r, entry, k - 1) != "." || !endsAPart(r, entry, k - 1) || r.labels[k - 2] != Label::Title ||
+        r.labels[k + 1] != Label::Title)
+      continue;
+    // (Not after an initial, "A. I. In the 1980s", nor before a word without a capital.)
+    if (tokenText(r, entry, k - 2).size() == 1 || !std::isupper(static_cast<unsigned char>(tokenText(r, entry, k + 1)[0])))
+      continue;
+    r.labels[k - 1] = r.labels[k] = Label::Other;
+    for (size_t j = k + 1; j < n && r.labels[j] == Label::Title; ++j) r.labels[j] = Label::Container;
+    return;
+  }
+}
+
 // A number after its label in a periodical's entry ("Vol. 12 No. 3", "vol.
 // 12, no. 3") is the volume or the issue the label names, however the
 // reading labelled it.
@@ -1539,6 +1584,8 @@ quillreader::Reading mended(quillreader::Reading reading, std::string_view entry
   containerThroughItsMeeting(reading, entry);
   fillGaps(reading, entry);
   editorsAfterEditedBy(reading, entry);
+  editorsBeforeEd(reading, entry);
+  titleEndsBeforeIn(reading, entry);
   vancouverBrackets(reading, entry);
   numbersAfterTheirLabels(reading, entry);
   periodicalNotNames(reading, entry);

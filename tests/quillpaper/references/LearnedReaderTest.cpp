@@ -253,6 +253,13 @@ TEST(LearnedReaderTest, NamesAsTheyAre) {
       "24\u201326. London: Faber and Faber, 1992.",
       1);
   EXPECT_EQ(joined(chapter.editors), "Ricks, Christopher; Vance, William L.");
+  // ACS's editors before "Ed.", between semicolons.
+  EXPECT_EQ(joined(pipeline
+                       .format("(1) Holm, D. The Masque of the North. In The complete works of rivers; Harrison, J. "
+                               "A., Ed.; Harbor Press, 1902; Vol. 4, pp 250\u2013258.",
+                               1)
+                       .editors),
+            "Harrison, J. A.");
   // Nature's "(eds. …)", inverted.
   EXPECT_EQ(joined(pipeline
                        .format("1. Holm, D. Rivers of the north. in The Book of Rivers (eds. Lee, A., Stone, S. & "
@@ -292,6 +299,12 @@ TEST(LearnedReaderTest, ContainersAsNamed) {
       {"Dagny Holm and Piet Vermeer. Rivers of the north. In Anna Lee and Tom Park, editors, Rivers and lakes: 8th "
        "International Conference, pages 527\u2013532. Harbor Press, Berlin, 1995.",
        "Rivers and lakes: 8th International Conference"},
+      // ACS's chapter, its title run on into the book; not "A. I. In the north", a title of its own.
+      {"(1) Holm, D. Rivers of the North. In The Book of Rivers; Lee, A., Park, T., Eds.; Harbor Press, 1992; pp "
+       "24\u201326.",
+       "The Book of Rivers"},
+      {"D. Holm and P. Vermeer, editors. A. I. In the north and beyond: A survey. Harbor Press, Cambridge, MA, 1987.",
+       ""},
       // IEEE's book before its editors, and not a title's "in" ("An Opera in Three Acts; Adès, T., Ed.").
       {"D. Holm, \"Rivers of the north,\" in Lakes and Rivers, P. Vermeer, Ed. Boston: Harbor Press, 2010, pp. 5-9.",
        "Lakes and Rivers"},

@@ -212,6 +212,27 @@ std::string bare(std::string_view s) {
   return out;
 }
 
+// A number followed by a word of three letters or more ("22nd edition",
+// "1109 Spring Street"): no volume or page range holds one ("e1003", "S12",
+// "xii", "Special issue D", "Cover 3" do not).
+bool numberThenWord(std::string_view part) {
+  if (part.empty() || !std::isdigit(static_cast<unsigned char>(part[0]))) return false;
+  size_t letters = 0;
+  bool roman = true;
+  for (size_t i = 0; i <= part.size(); ++i) {
+    const char c = i < part.size() ? part[i] : ' ';
+    if (std::isalpha(static_cast<unsigned char>(c))) {
+      ++letters;
+      roman = roman && std::string_view("ivxlcdmIVXLCDM").find(c) != std::string_view::npos;
+      continue;
+    }
+    if (letters >= 3 && !roman) return true;
+    letters = 0;
+    roman = true;
+  }
+  return false;
+}
+
 // Whether the rules, reading the APA form, found the parts the reader read.
 bool readsBack(const FormattedReference& r, const LabelledEntry& written) {
   const LabelledEntry::Fields& f = written.fields;
@@ -283,8 +304,9 @@ FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
   // publisher's name, editors named as BibTeX names them ("In Gaw, A. C.,
   // editor, Culture…", "Lee, A., editors (1994).") not read as editors. Their
   // reading is then no reading to stand on ("Lee, A., & editors."), nor is
-  // one that read Vancouver's "Jones J" as a family name or the colon of
-  // "38(9):229–231" into the pages.
+  // one that read Vancouver's "Jones J" as a family name, the colon of
+  // "38(9):229–231" into the pages, or words as a volume ("22nd edition",
+  // "1109 Spring Street").
   if (r.ok()) {
     if (r.volume.empty() && hasVolumeColonPages(r.input))
       r.problems.push_back("the APA rules did not read the volume before its pages");
@@ -297,6 +319,8 @@ FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
       r.problems.push_back("the APA rules read a name and its initials as one family name");
     else if (!r.pages.empty() && !std::isalnum(static_cast<unsigned char>(r.pages[0])))
       r.problems.push_back("the APA rules read the punctuation before the pages into them");
+    else if (numberThenWord(r.volume) || numberThenWord(r.pages))
+      r.problems.push_back("the APA rules read words as a volume or pages");
   }
   // The APA rules' reading stands for an entry typed in APA's own form: its
   // date in APA's place ("Lee, A. (2001). …") and its words in their order.

@@ -393,6 +393,9 @@ TEST(LearnedReaderTest, WrittenAsApaWritesIt) {
       // apalike's "38(9):229–231", whose colon the APA rules read into the pages (", :229–231").
       {"Holm, D. (1972). Rivers of the north. River Studies, 38(9):229\u2013231.",
        "Holm, D. (1972). Rivers of the north. River Studies, 38(9), 229\u2013231."},
+      // apalike's edition after the publisher, which the APA rules read as a volume.
+      {"Holm, D. (2001). Rivers of the north. Harbor Press, 22nd edition.",
+       "Holm, D. (2001). Rivers of the north (22nd ed.). Harbor Press."},
       // A group's publisher and place read as one container; a group's name cut at its "and".
       {"Real Academia de Ríos. Diccionario de ríos. Real Academia de Ríos, Madrid, Spain, 22nd edition, 2001.",
        "Real Academia de Ríos. (2001). Diccionario de ríos (22nd ed.). Madrid, Spain: Real Academia de Ríos."},

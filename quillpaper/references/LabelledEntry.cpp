@@ -1194,6 +1194,20 @@ void numbersAfterTheirLabels(quillreader::Reading& r, std::string_view entry) {
   }
 }
 
+// Nature's "InfoWorld vol. 11 8": two numbers read as one volume are the
+// volume and its page.
+void pageAfterTheVolume(quillreader::Reading& r, std::string_view entry) {
+  const size_t n = r.labels.size();
+  if (std::find(r.labels.begin(), r.labels.end(), Label::Pages) != r.labels.end()) return;
+  for (size_t k = 1; k < n; ++k)
+    if (r.labels[k] == Label::Volume && r.labels[k - 1] == Label::Volume && allDigits(tokenText(r, entry, k)) &&
+        allDigits(tokenText(r, entry, k - 1)) && r.tokens[k].begin > r.tokens[k - 1].end &&
+        (k + 1 == n || r.labels[k + 1] != Label::Volume)) {
+      r.labels[k] = Label::Pages;
+      return;
+    }
+}
+
 // Names are not read after the title but in a book's or an edited work's
 // place: "J. River Stud. 12 (2010)", "J. Pers. Soc. Psychol., vol. 65"
 // read as names after the title are the abbreviated name of a periodical
@@ -1546,6 +1560,9 @@ bool isGroupName(std::string_view text) {
 bool isFamilyAndInitials(std::string_view name) {
   std::vector<std::string> words = str().split(str().trimmed(name), " ", -1);
   if (!words.empty() && words.back().ends_with(".")) words.back().pop_back();
+  // A particle after the initials ("Herwijnen E van").
+  if (words.size() >= 3 && words.back().size() <= 3 && std::islower(static_cast<unsigned char>(words.back()[0])))
+    words.pop_back();
   // ("Paterson III" is a family name and its suffix.)
   if (words.size() < 2 || !isInitials(words.back()) || isSuffix(words.back())) return false;
   return std::all_of(words.begin(), words.end() - 1, [](const std::string& w) {
@@ -1588,6 +1605,7 @@ quillreader::Reading mended(quillreader::Reading reading, std::string_view entry
   titleEndsBeforeIn(reading, entry);
   vancouverBrackets(reading, entry);
   numbersAfterTheirLabels(reading, entry);
+  pageAfterTheVolume(reading, entry);
   periodicalNotNames(reading, entry);
   bookBeforeItsEditors(reading, entry);
   mendNameLists(reading, entry);

@@ -233,6 +233,25 @@ bool numberThenWord(std::string_view part) {
   return false;
 }
 
+// A word of three letters or more that is no roman numeral ("Issue 260",
+// "Bologna"; not "xii", "e1003", "S12").
+bool holdsAWord(std::string_view part) {
+  size_t letters = 0;
+  bool roman = true;
+  for (size_t i = 0; i <= part.size(); ++i) {
+    const char c = i < part.size() ? part[i] : ' ';
+    if (std::isalpha(static_cast<unsigned char>(c))) {
+      ++letters;
+      roman = roman && std::string_view("ivxlcdmIVXLCDM").find(c) != std::string_view::npos;
+      continue;
+    }
+    if (letters >= 3 && !roman) return true;
+    letters = 0;
+    roman = true;
+  }
+  return false;
+}
+
 // Whether the rules, reading the APA form, found the parts the reader read.
 bool readsBack(const FormattedReference& r, const LabelledEntry& written) {
   const LabelledEntry::Fields& f = written.fields;
@@ -308,9 +327,9 @@ FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
   // "38(9):229–231" into the pages, or words as a volume ("22nd edition",
   // "1109 Spring Street").
   if (r.ok()) {
-    if (r.volume.empty() && hasVolumeColonPages(r.input))
+    if ((r.volume.empty() && hasVolumeColonPages(r.input)) || str().contains(r.volume, ":"))
       r.problems.push_back("the APA rules did not read the volume before its pages");
-    else if (r.place.empty() && !placeAfterTheName(r.publisher).empty())
+    else if (!placeAfterTheName(r.publisher).empty())
       r.problems.push_back("the APA rules read the place into the publisher's name");
     else if (str().contains(r.input, ", editor") && r.editors.empty())
       r.problems.push_back("the APA rules did not read the editors named after the list");
@@ -319,8 +338,10 @@ FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
       r.problems.push_back("the APA rules read a name and its initials as one family name");
     else if (!r.pages.empty() && !std::isalnum(static_cast<unsigned char>(r.pages[0])))
       r.problems.push_back("the APA rules read the punctuation before the pages into them");
-    else if (numberThenWord(r.volume) || numberThenWord(r.pages))
+    else if (numberThenWord(r.volume) || numberThenWord(r.pages) || (holdsAWord(r.pages) && str().contains(r.pages, ",")))
       r.problems.push_back("the APA rules read words as a volume or pages");
+    else if (r.place.starts_with("and ") || r.place.starts_with("& "))
+      r.problems.push_back("the APA rules read only the end of the place");
   }
   // The APA rules' reading stands for an entry typed in APA's own form: its
   // date in APA's place ("Lee, A. (2001). …") and its words in their order.
@@ -381,6 +402,10 @@ FormattedReference ReferencePipeline::formatAsLabelled(std::string_view entry, F
     return keptAsTyped("the APA form would lose \"" + lost.front() + "\"");
   if (!plausibleNames(r.authors) || !plausibleNames(r.editors))
     return keptAsTyped("its names do not read as APA writes them");
+  if (holdsAWord(r.pages) || (!r.pages.empty() && std::none_of(r.pages.begin(), r.pages.end(), [](char c) {
+                                 return std::isdigit(static_cast<unsigned char>(c));
+                               })))
+    return keptAsTyped("its pages are no page numbers");
   return r;
 }
 

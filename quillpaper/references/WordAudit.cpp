@@ -276,7 +276,7 @@ std::vector<std::string> brokenPunctuation(std::string_view text) {
     }
   }
   std::vector<std::string> found;
-  for (std::string_view p : {". ,", ", ,", ",,", ", .", ",.", ". :", ", :", ", ;", ". .", "..", "()", "( )", "[]", "[ ]"}) {
+  for (std::string_view p : {". ,", ", ,", ",,", ", .", ",.", ". :", ", :", ", ;", ":.", ": .", ". .", "..", "()", "( )", "[]", "[ ]"}) {
     for (size_t at = t.find(p); at != std::string::npos; at = t.find(p, at + 1)) found.emplace_back(p);
   }
   // A bracket or parenthesis opened and not closed, or closed and not opened.

@@ -260,6 +260,9 @@ TEST(LearnedReaderTest, NamesAsTheyAre) {
                                1)
                        .editors),
             "Harrison, J. A.");
+  // Vancouver's name with its particle after the initials is no family name for the APA rules to write.
+  const FormattedReference particle = pipeline.format("Holm D van. (1994). Rivers of the north. Boston: Harbor Press.", 1);
+  EXPECT_FALSE(particle.reader == "apa" && particle.ok()) << particle.text();
   // Nature's "(eds. …)", inverted.
   EXPECT_EQ(joined(pipeline
                        .format("1. Holm, D. Rivers of the north. in The Book of Rivers (eds. Lee, A., Stone, S. & "
@@ -433,6 +436,9 @@ TEST(LearnedReaderTest, AsPeopleTypeThem) {
        "Holm, D., & Vermeer, P. (2001). Rivers of the north. J. River Stud., 12(3), 45\u201367."},
       {"Holm, D., Vermeer, P.: Rivers of the north. J. River Stud. 12(3), 45\u201367 (2001)",
        "Holm, D., & Vermeer, P. (2001). Rivers of the north. J. River Stud., 12(3), 45\u201367."},
+      // Nature's volume and page without a comma between them.
+      {"1. Holm, D. Rivers of the north. River World vol. 11 8 (1989).",
+       "Holm, D. (1989). Rivers of the north. River World, 11, 8."},
       // Harvard's DOI as an address at doi.org.
       {"Holm, D. and Vermeer, P. (2001) Rivers of the north, River Studies, 12(3), pp. 45\u201367. Available at: "
        "https://doi.org/10.1000/rs.2001.3",
@@ -464,6 +470,18 @@ TEST(LearnedReaderTest, AsPeopleTypeThem) {
     const FormattedReference f = pipeline.format(typed, 1);
     EXPECT_TRUE(f.ok()) << typed << "\n" << (f.ok() ? "" : f.problems.back());
     EXPECT_EQ(f.text(), apa) << typed;
+  }
+  // Places the APA rules read in part ("and Hamburg, Germany", a place after
+  // the publisher's name) are not dropped with APA's 7th edition's places.
+  for (const auto& [typed, place] : std::initializer_list<std::pair<const char*, const char*>>{
+           {"Holm, P. (1992). Rivers of the north. Berlin, Germany / London, UK / etc. and Hamburg, Germany: "
+            "Harbor-Verlag and Lake-Verlag.",
+            "Hamburg"},
+           {"Holm D van (1994) Rivers of the north, 2nd edn. Harbor Press Group, Norwell, MA, USA, and Dordrecht, The "
+            "Netherlands",
+            "Dordrecht"}}) {
+    const FormattedReference f = pipeline.format(typed, 1);
+    EXPECT_TRUE(!f.ok() || f.text().find(place) != std::string::npos) << typed << "\n" << f.text();
   }
   // A DOI given as an address at doi.org, which the APA rules read back into
   // the pages ("45–67. Retrieved from"), is written as a DOI however unsure

@@ -232,6 +232,8 @@ TEST(TypedReferencesTest, AuditTellsRewritesFromDamage) {
       {"Ueda, Toshihide. (2010).", "Ueda, & Toshihide. (2010).", "the APA form would add \"and\""},
       {"Smith, J. (2016), Title.", "Smith, J. (2016). , Title.", "the APA form would break \". ,\""},
       {"Review, 38(9):229\u2013231.", "Review, 38(9), :229\u2013231.", "the APA form would break \", :\""},
+      {"A. Harbor website: http://x.org/a", "A. Harbor website:. Retrieved from http://x.org/a",
+       "the APA form would break \":.\""},
       {"Law Review, 30, pp. 81.", "Law Review, 30, pp, 81.",
        "the APA form would add \"pp\"; it would break \"pp without its full stop\""},
       {"Review, vol. 19.", "Review, vol.", "the APA form would lose \"19\"; it would add \"vol\""},

@@ -1572,7 +1572,18 @@ bool isFamilyAndInitials(std::string_view name) {
 
 bool looksLikePlace(std::string_view place) {
   if (place.find_first_of(";:&0123456789") != std::string_view::npos) return false;
-  return str().split(str().trimmed(place), " ", -1).size() <= 5;
+  std::string text(place);
+  std::replace(text.begin(), text.end(), ',', ' ');
+  const std::vector<std::string> words = str().split(str().trimmed(text), " ", -1);
+  // Names with capitals, but for the little words of places ("Newcastle upon
+  // Tyne", "Frankfurt am Main", "Rio de Janeiro"); not "TeX in Practice".
+  static const char* const kLittle[] = {"upon", "am", "an", "de", "del", "di", "da", "du", "la", "le",
+                                        "of", "on", "sur", "im", "der", "en", "y"};
+  const bool named = std::all_of(words.begin(), words.end(), [](const std::string& w) {
+    return w.empty() || !std::islower(static_cast<unsigned char>(w[0])) ||
+           std::find(std::begin(kLittle), std::end(kLittle), w) != std::end(kLittle);
+  });
+  return named && words.size() <= 6;
 }
 
 std::string_view placeAfterTheName(std::string_view publisher) {
@@ -1586,11 +1597,7 @@ std::string_view placeAfterTheName(std::string_view publisher) {
     tail = tail.substr(0, last);
   std::string place(tail);
   std::replace(place.begin(), place.end(), ',', ' ');
-  const std::vector<std::string> words = str().split(str().trimmed(place), " ", -1);
-  const bool capitalised = std::all_of(words.begin(), words.end(), [](const std::string& w) {
-    return w.empty() || std::isupper(static_cast<unsigned char>(w[0]));
-  });
-  return capitalised && looksLikePlace(tail) && !isGroupName(place) ? tail : std::string_view();
+  return looksLikePlace(tail) && !isGroupName(place) ? tail : std::string_view();
 }
 
 quillreader::Reading mended(quillreader::Reading reading, std::string_view entry) {

@@ -34,8 +34,9 @@ struct LabelledEntry {
   std::string written() const { return notes.empty() ? apa : apa + " " + notes; }
 };
 
-// "New York, NY", "London, England", "Thousand Oaks, CA": a few words of a
-// place, nothing a title or a publisher would hold.
+// "New York, NY", "London, England", "Thousand Oaks, CA", "Frankfurt am
+// Main": a few names of a place, nothing a title or a publisher would hold
+// ("TeX in Practice").
 bool looksLikePlace(std::string_view place);
 
 // The place after a publisher's name, as other styles write it ("Almqvist

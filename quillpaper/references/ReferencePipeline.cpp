@@ -342,6 +342,9 @@ FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
       r.problems.push_back("the APA rules read words as a volume or pages");
     else if (r.place.starts_with("and ") || r.place.starts_with("& "))
       r.problems.push_back("the APA rules read only the end of the place");
+    else if (!r.year.empty() && r.year.size() < 4 &&
+             std::all_of(r.year.begin(), r.year.end(), [](char c) { return std::isdigit(static_cast<unsigned char>(c)); }))
+      r.problems.push_back("the APA rules read a number as the year");
   }
   // The APA rules' reading stands for an entry typed in APA's own form: its
   // date in APA's place ("Lee, A. (2001). …") and its words in their order.

@@ -171,5 +171,26 @@ TEST(LabelledEntryTest, NoTitleOrNoDateIsNoEntry) {
   }
 }
 
+// A publisher's place written after its name, and what a place looks like:
+// a few names, their little words aside. Catches a title or an
+// organisation's department taken for a place (and dropped with the 7th
+// edition's places).
+TEST(LabelledEntryTest, PlacesAfterThePublisher) {
+  const std::pair<const char*, const char*> after[] = {
+      {"Almqvist and Wiksells, Uppsala", "Uppsala"},
+      {"Sage, Newbury Park, CA, second edition", "Newbury Park, CA"},
+      {"Harbor Press, Frankfurt am Main", "Frankfurt am Main"},
+      {"Stanford University, Department of Computer Science", ""},
+      {"Sage, Inc.", ""},
+      {"Basics; Harbor-Verlag, Berlin", ""},
+  };
+  for (const auto& [publisher, place] : after) EXPECT_EQ(std::string(placeAfterTheName(publisher)), place) << publisher;
+  const std::pair<const char*, bool> places[] = {
+      {"New York, NY", true}, {"Newcastle upon Tyne", true}, {"Rio de Janeiro, Brazil", true},
+      {"TeX in Practice", false}, {"Boston; London", false}, {"Suite 300, Silver Spring", false},
+  };
+  for (const auto& [place, looks] : places) EXPECT_EQ(looksLikePlace(place), looks) << place;
+}
+
 }  // namespace
 }  // namespace quillpaper

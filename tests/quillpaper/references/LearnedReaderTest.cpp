@@ -479,10 +479,17 @@ TEST(LearnedReaderTest, AsPeopleTypeThem) {
             "Hamburg"},
            {"Holm D van (1994) Rivers of the north, 2nd edn. Harbor Press Group, Norwell, MA, USA, and Dordrecht, The "
             "Netherlands",
-            "Dordrecht"}}) {
+            "Dordrecht"},
+           // "(1)" read as the year, the title as the place.
+           {"(1) Holm, D. von. Rivers in Practice: Basics; Harbor-Verlag: Berlin, Germany / London, UK / etc., 1992; "
+            "Vol. 1.",
+            "Rivers in Practice"}}) {
     const FormattedReference f = pipeline.format(typed, 1);
     EXPECT_TRUE(!f.ok() || f.text().find(place) != std::string::npos) << typed << "\n" << f.text();
   }
+  // A list's number is no year ("Holm, D. Rivers of the north. (1). Harbor Press." was written).
+  const FormattedReference numbered = pipeline.format("(1) Holm, D. Rivers of the north. Boston: Harbor Press.", 1);
+  EXPECT_TRUE(!numbered.ok() || numbered.text().find("(1)") == std::string::npos) << numbered.text();
   // A DOI given as an address at doi.org, which the APA rules read back into
   // the pages ("45–67. Retrieved from"), is written as a DOI however unsure
   // the reading.

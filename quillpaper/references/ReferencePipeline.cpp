@@ -316,6 +316,22 @@ const ReferencePipeline::EntryClass& ReferencePipeline::entryClass(int type) {
 }
 
 FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
+  // A list's numbering ("1.", "(1)", "[1]", "1" before "Family, I.") is no
+  // part of the work: neither reader reads it, and the entry kept as typed
+  // keeps it.
+  static const std::regex kNumbering(
+      R"(^\s*(\[[0-9]{1,3}\]|\([0-9]{1,3}\)|[0-9]{1,3}\.|[0-9]{1,3}(?=\s+[^\s,]+, [^\s,]{1,3}\.))\s+)");
+  std::cmatch m;
+  const size_t numbering =
+      options_.steps == Steps::All && std::regex_search(entry.data(), entry.data() + entry.size(), m, kNumbering)
+          ? static_cast<size_t>(m.length(0))
+          : 0;
+  FormattedReference r = formatTheWork(entry.substr(numbering), line);
+  r.input = std::string(entry);
+  return r;
+}
+
+FormattedReference ReferencePipeline::formatTheWork(std::string_view entry, int line) {
   FormattedReference r = formatWithRules(entry, line);
   if (!r.excludedBecause.empty() || !options_.reader || options_.steps != Steps::All) return r;
   // The rules read another style's parts as theirs: a volume and its pages

@@ -84,6 +84,9 @@ class ReferencePipeline {
     ObjectRef entry;
   };
   const EntryClass& entryClass(int type);
+  // The work's own text, a list's numbering aside, read by the rules and then
+  // by the learned reader when they cannot read it.
+  FormattedReference formatTheWork(std::string_view work, int line);
   // The entry as the APA rules read it.
   // `type`, when known beforehand (the learned reader's), is the entry's
   // type; otherwise the library classifies it.

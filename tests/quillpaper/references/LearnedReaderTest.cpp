@@ -428,6 +428,12 @@ TEST(LearnedReaderTest, AsPeopleTypeThem) {
   const char* article = "Holm, D., & Vermeer, P. (2001). Rivers of the north. River Studies, 12(3), 45\u201367.";
   const std::pair<const char*, const char*> rows[] = {
       {"Holm D. and Vermeer P., 2001. Rivers of the north. River Studies, 12(3), pp.45-67.", article},
+      // APA's own form in a numbered list: the rules read it, its numbering aside.
+      {"(1) Holm, D., & Vermeer, P. (2001). Rivers of the north. River Studies, 12(3), 45\u201367.", article},
+      {"[12] Holm, D., & Vermeer, P. (2001). Rivers of the north. River Studies, 12(3), 45\u201367.", article},
+      {"12 Holm, D., & Vermeer, P. (2001). Rivers of the north. River Studies, 12(3), 45\u201367.", article},
+      {"(1) Holm, D., III. (1990, April 9). Rivers of the north. River Times, 135, 28\u201331.",
+       "Holm, D., III. (1990, April 9). Rivers of the north. River Times, 135, 28\u201331."},
       {"HOLM, D.; VERMEER, P. Rivers of the north. River Studies, v.12, n.3, p.45-67, 2001.", article},
       {"Holm, D & Vermeer, P 2001, 'Rivers of the north', River Studies, vol. 12, no. 3, pp. 45-67.", article},
       // Emerald's "Vol. 12 No. 3"; IEEE's and LNCS's abbreviated periodical, read as names, keeps its stops.

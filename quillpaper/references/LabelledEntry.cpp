@@ -1699,6 +1699,8 @@ std::optional<LabelledEntry> apaFormOf(std::string_view entry, const quillreader
       rw.mayLose.push_back(w);
       break;  // (one number: "[57. :7]" is no numbering of a list)
     }
+    if (std::any_of(w.begin(), w.end(), [](char c) { return std::isalpha(static_cast<unsigned char>(c)); }))
+      break;  // (nor is a number after a word)
   }
   std::string editorText = namesSpan(reading, entry, Label::Editor);
   // Names followed by "(eds)", "(ed.)" or ", editors" are the editors of an

@@ -585,6 +585,7 @@ TEST(LearnedReaderTest, FuzzFindingsKeepEveryWord) {
            // An edition's label with no edition read, and a number no list's ("[57. :7]").
            "Solomon, M. (1986) edn. The art of typography.",
            "[57. :7] Charles Karney. Getting TeX labelling on graphics. 1988.",
+           "'p[1] Holm I, Vermeer L. The status of rivers. River Times 1980;1:16\u20137.",
        }) {
     // Each reading loses a character or a name: none may be written.
     const FormattedReference f = pipeline.format(entry, 1);

@@ -725,6 +725,16 @@ void partsDoNotStartWithAnd(quillreader::Reading& r, std::string_view entry) {
   }
 }
 
+// The tokens [first, last) of the first run labelled `label`; {n, n} for none.
+std::pair<size_t, size_t> firstRun(const quillreader::Reading& r, Label label) {
+  const size_t n = r.labels.size();
+  size_t begin = 0;
+  while (begin < n && r.labels[begin] != label) ++begin;
+  size_t end = begin;
+  while (end < n && r.labels[end] == label) ++end;
+  return {begin, end};
+}
+
 // A word the reader left out of the part on both its sides ("and N. E.
 // Wiseman" with "N" alone unlabelled) belongs to that part, and so do the
 // colon or dash between two stretches of one title ("Hypertext 2000 |:|
@@ -784,10 +794,7 @@ void addressesHaveSlashes(quillreader::Reading& r, std::string_view entry) {
 // that ends it, are the name's when they make it a group's.
 void groupNameWhole(quillreader::Reading& r, std::string_view entry) {
   const size_t n = r.labels.size();
-  size_t begin = 0;
-  while (begin < n && r.labels[begin] != Label::Author) ++begin;
-  size_t end = begin;
-  while (end < n && r.labels[end] == Label::Author) ++end;
+  const auto [begin, end] = firstRun(r, Label::Author);
   if (begin == n) return;
   size_t stop = end;
   while (stop < n && r.labels[stop] == Label::Other && std::isupper(static_cast<unsigned char>(tokenText(r, entry, stop)[0])))
@@ -1348,11 +1355,8 @@ void editorsAfterEditedBy(quillreader::Reading& r, std::string_view entry) {
 // dates the work elsewhere, are the name's.
 void containerThroughItsMeeting(quillreader::Reading& r, std::string_view entry) {
   const size_t n = r.labels.size();
-  size_t begin = 0;
-  while (begin < n && r.labels[begin] != Label::Container) ++begin;
+  const auto [begin, end] = firstRun(r, Label::Container);
   if (begin == n || !afterIn(r, entry)) return;
-  size_t end = begin;
-  while (end < n && r.labels[end] == Label::Container) ++end;
   const auto text = [&](size_t k) { return tokenText(r, entry, k); };
   const auto dated = [&](size_t from, size_t to) {  // a Date token outside [from, to)
     for (size_t k = 0; k < n; ++k)
@@ -1420,11 +1424,7 @@ void titleFillsItsQuotes(quillreader::Reading& r, std::string_view entry) {
 // the issue after it ("The New Yorker, April 14", "MacUser, October"),
 // which is the date's.
 void trimContainer(quillreader::Reading& r, std::string_view entry) {
-  const size_t n = r.labels.size();
-  size_t begin = 0;
-  while (begin < n && r.labels[begin] != Label::Container) ++begin;
-  size_t end = begin;
-  while (end < n && r.labels[end] == Label::Container) ++end;
+  auto [begin, end] = firstRun(r, Label::Container);
   if (end - begin < 2) return;
   if (tokenText(r, entry, begin) == "in") r.labels[begin++] = Label::Other;
   // Nor the label of the pages that follow it ("…, pages 527–532").

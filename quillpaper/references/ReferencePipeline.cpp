@@ -212,27 +212,6 @@ std::string bare(std::string_view s) {
   return out;
 }
 
-// A number followed by a word of three letters or more ("22nd edition",
-// "1109 Spring Street"): no volume or page range holds one ("e1003", "S12",
-// "xii", "Special issue D", "Cover 3" do not).
-bool numberThenWord(std::string_view part) {
-  if (part.empty() || !std::isdigit(static_cast<unsigned char>(part[0]))) return false;
-  size_t letters = 0;
-  bool roman = true;
-  for (size_t i = 0; i <= part.size(); ++i) {
-    const char c = i < part.size() ? part[i] : ' ';
-    if (std::isalpha(static_cast<unsigned char>(c))) {
-      ++letters;
-      roman = roman && std::string_view("ivxlcdmIVXLCDM").find(c) != std::string_view::npos;
-      continue;
-    }
-    if (letters >= 3 && !roman) return true;
-    letters = 0;
-    roman = true;
-  }
-  return false;
-}
-
 // A word of three letters or more that is no roman numeral ("Issue 260",
 // "Bologna"; not "xii", "e1003", "S12").
 bool holdsAWord(std::string_view part) {
@@ -250,6 +229,12 @@ bool holdsAWord(std::string_view part) {
     roman = true;
   }
   return false;
+}
+
+// A number followed by such a word ("22nd edition", "1109 Spring Street"):
+// no volume or page range is one ("Special issue D", "Cover 3" are not).
+bool numberThenWord(std::string_view part) {
+  return !part.empty() && std::isdigit(static_cast<unsigned char>(part[0])) && holdsAWord(part);
 }
 
 // Whether the rules, reading the APA form, found the parts the reader read.

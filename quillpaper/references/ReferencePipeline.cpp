@@ -237,6 +237,33 @@ bool numberThenWord(std::string_view part) {
   return !part.empty() && std::isdigit(static_cast<unsigned char>(part[0])) && holdsAWord(part);
 }
 
+// The APA rules read another style's parts as theirs: a volume and its pages
+// not read as a periodical's ("Time, 135:28–31"), a place read into the
+// publisher's name or in part ("and Hamburg"), editors named as BibTeX names
+// them ("In Gaw, A. C., editor, Culture…", "Lee, A., editors (1994).") not
+// read as editors, Vancouver's "Jones J" read as a family name, the colon of
+// "38(9):229–231" read into the pages, words as a volume ("22nd edition",
+// "1109 Spring Street"), a list's number as the year. Such a reading is no
+// reading to stand on ("Lee, A., & editors."): what it misread, or empty.
+std::string misreading(const FormattedReference& r) {
+  if ((r.volume.empty() && hasVolumeColonPages(r.input)) || str().contains(r.volume, ":"))
+    return "the APA rules did not read the volume before its pages";
+  if (!placeAfterTheName(r.publisher).empty()) return "the APA rules read the place into the publisher's name";
+  if (r.place.starts_with("and ") || r.place.starts_with("& ")) return "the APA rules read only the end of the place";
+  if (str().contains(r.input, ", editor") && r.editors.empty())
+    return "the APA rules did not read the editors named after the list";
+  if (std::any_of(r.authors.begin(), r.authors.end(), [](const PersonName& n) { return isFamilyAndInitials(n.family); }))
+    return "the APA rules read a name and its initials as one family name";
+  if (!r.pages.empty() && !std::isalnum(static_cast<unsigned char>(r.pages[0])))
+    return "the APA rules read the punctuation before the pages into them";
+  if (numberThenWord(r.volume) || numberThenWord(r.pages) || (holdsAWord(r.pages) && str().contains(r.pages, ",")))
+    return "the APA rules read words as a volume or pages";
+  if (!r.year.empty() && r.year.size() < 4 &&
+      std::all_of(r.year.begin(), r.year.end(), [](char c) { return std::isdigit(static_cast<unsigned char>(c)); }))
+    return "the APA rules read a number as the year";
+  return {};
+}
+
 // Whether the rules, reading the APA form, found the parts the reader read.
 bool readsBack(const FormattedReference& r, const LabelledEntry& written) {
   const LabelledEntry::Fields& f = written.fields;
@@ -319,34 +346,8 @@ FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
 FormattedReference ReferencePipeline::formatTheWork(std::string_view entry, int line) {
   FormattedReference r = formatWithRules(entry, line);
   if (!r.excludedBecause.empty() || !options_.reader || options_.steps != Steps::All) return r;
-  // The rules read another style's parts as theirs: a volume and its pages
-  // not read as a periodical's ("Time, 135:28–31"), a place read into the
-  // publisher's name, editors named as BibTeX names them ("In Gaw, A. C.,
-  // editor, Culture…", "Lee, A., editors (1994).") not read as editors. Their
-  // reading is then no reading to stand on ("Lee, A., & editors."), nor is
-  // one that read Vancouver's "Jones J" as a family name, the colon of
-  // "38(9):229–231" into the pages, or words as a volume ("22nd edition",
-  // "1109 Spring Street").
-  if (r.ok()) {
-    if ((r.volume.empty() && hasVolumeColonPages(r.input)) || str().contains(r.volume, ":"))
-      r.problems.push_back("the APA rules did not read the volume before its pages");
-    else if (!placeAfterTheName(r.publisher).empty())
-      r.problems.push_back("the APA rules read the place into the publisher's name");
-    else if (str().contains(r.input, ", editor") && r.editors.empty())
-      r.problems.push_back("the APA rules did not read the editors named after the list");
-    else if (std::any_of(r.authors.begin(), r.authors.end(),
-                         [](const PersonName& n) { return isFamilyAndInitials(n.family); }))
-      r.problems.push_back("the APA rules read a name and its initials as one family name");
-    else if (!r.pages.empty() && !std::isalnum(static_cast<unsigned char>(r.pages[0])))
-      r.problems.push_back("the APA rules read the punctuation before the pages into them");
-    else if (numberThenWord(r.volume) || numberThenWord(r.pages) || (holdsAWord(r.pages) && str().contains(r.pages, ",")))
-      r.problems.push_back("the APA rules read words as a volume or pages");
-    else if (r.place.starts_with("and ") || r.place.starts_with("& "))
-      r.problems.push_back("the APA rules read only the end of the place");
-    else if (!r.year.empty() && r.year.size() < 4 &&
-             std::all_of(r.year.begin(), r.year.end(), [](char c) { return std::isdigit(static_cast<unsigned char>(c)); }))
-      r.problems.push_back("the APA rules read a number as the year");
-  }
+  if (r.ok())
+    if (std::string why = misreading(r); !why.empty()) r.problems.push_back(std::move(why));
   // The APA rules' reading stands for an entry typed in APA's own form: its
   // date in APA's place ("Lee, A. (2001). …") and its words in their order.
   if (r.ok() && looksApa(r.input) && keepsWordOrder(r.input, r.text())) return r;

@@ -212,8 +212,45 @@ void canonicalRetrieval(std::string& text, std::string& accessDate) {
   str().stripTrailing(link, ".");
   std::string lead = str().trimmed(t.substr(0, blank));
   const size_t retrieved = rfindNoCase(lead, "Retrieved ");
-  if (endsWithNoCase(lead, "Retrieved from") || endsWithNoCase(lead, "website:") || endsWithNoCase(lead, "site:") ||
-      endsWithNoCase(lead, "doi:")) {
+  if (endsWithNoCase(lead, "website:") || endsWithNoCase(lead, "site:")) {
+    // "Retrieved from Harbor University website:" is APA's own. The date it
+    // was read on ("Retrieved May 5, 2010, from …") is kept aside, and a site
+    // typed without "Retrieved from" is read after one all the same (the
+    // rules took "Harbor University website:" for a publisher and wrote
+    // "website:. Retrieved from").
+    const size_t from = rfindNoCase(lead, " from ");
+    if (retrieved != std::string::npos && from != std::string::npos && from > retrieved) {
+      std::string date = lead.substr(retrieved + 10, from > retrieved + 10 ? from - retrieved - 10 : 0);
+      str().trimTrailing(date, ",", true);
+      date = str().trimmed(date);
+      if (!date.empty() && date.size() <= 30 && std::any_of(date.begin(), date.end(), isDigit)) {
+        accessDate = date;
+        text = str().trimmed(lead.substr(0, retrieved)) + " Retrieved from " + lead.substr(from + 6) + " " + link;
+        return;
+      }
+      text = lead + " " + link;
+      return;
+    }
+    // The site's name begins after the last full stop that ends a sentence,
+    // not an initial's ("U.S. Department of Health website:").
+    size_t stop = lead.rfind(". ");
+    while (stop != std::string::npos && stop >= 1 && std::isupper(static_cast<unsigned char>(lead[stop - 1])) &&
+           (stop == 1 || !std::isalpha(static_cast<unsigned char>(lead[stop - 2]))))
+      stop = stop >= 2 ? lead.rfind(". ", stop - 2) : std::string::npos;
+    if (stop != std::string::npos) {
+      std::string site = lead.substr(stop + 2);
+      for (std::string_view label : kAddressLabels)
+        if (str().lower(site).starts_with(str().lower(label))) {
+          site = str().trimmed(site.substr(label.size()));
+          break;
+        }
+      text = lead.substr(0, stop + 1) + " Retrieved from " + site + " " + link;
+      return;
+    }
+    text = lead + " " + link;
+    return;
+  }
+  if (endsWithNoCase(lead, "Retrieved from") || endsWithNoCase(lead, "doi:")) {
     text = lead + " " + link;
     return;
   }

@@ -116,6 +116,19 @@ TEST(TypedReferencesTest, FormsPeopleTypeComeOutInApaForm) {
        "Lee, A. (2010). *A book about sleep*. Retrieved May 5, 2010, from https://books.example.org/sleep", 0},
       {"Lee, A. (2010). A book about sleep. Available at: https://books.example.org/sleep",
        "Lee, A. (2010). *A book about sleep*. Retrieved from https://books.example.org/sleep", 0},
+      // A site's name before the address, with or without APA's "Retrieved from", and with the date it was read on.
+      {"Lee, A. (2010). A book about sleep. U.S. Department of Sleep website: https://sleep.example.gov/book",
+       "Lee, A. (2010). *A book about sleep*. Retrieved from U.S. Department of Sleep website: "
+       "https://sleep.example.gov/book",
+       0},
+      {"Lee, A. (2010). A book about sleep. Available at: Harbor University website: https://sleep.example.edu/book",
+       "Lee, A. (2010). *A book about sleep*. Retrieved from Harbor University website: https://sleep.example.edu/book",
+       0},
+      {"Lee, A. (2010). A book about sleep. Retrieved May 5, 2010, from U.S. Department of Sleep website: "
+       "https://sleep.example.gov/book",
+       "Lee, A. (2010). *A book about sleep*. Retrieved May 5, 2010, from U.S. Department of Sleep website: "
+       "https://sleep.example.gov/book",
+       0},
       {"Lee, A. (2010). A book about sleep. https://books.example.org/sleep. Accessed May 5, 2010.",
        "Lee, A. (2010). *A book about sleep*. Retrieved May 5, 2010, from https://books.example.org/sleep", 0},
       {"Lee, A. (2010). Sleep. Journal of Things, 3, 4–5. DOI: 10.1037/a0012345",

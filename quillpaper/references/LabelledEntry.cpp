@@ -994,12 +994,11 @@ void extendTitleThroughItsYears(quillreader::Reading& r, std::string_view entry)
 // "Anna Lee. |Sleep 2000|: Naps or nights", with "2000" read as the date).
 void titleFromBeforeItsColon(quillreader::Reading& r, std::string_view entry) {
   const size_t n = r.labels.size();
-  size_t first = 0;
-  while (first < n && r.labels[first] != Label::Title) ++first;
+  const size_t first = firstRun(r, Label::Title).first;
   if (first < 3 || first == n || tokenText(r, entry, first - 1) != ":") return;
   // Back to the full stop or comma, followed by a space, that ends the names.
   size_t begin = first - 1;
-  while (begin > 0 && !(r.labels[begin - 1] != Label::Date && r.labels[begin - 1] != Label::Other) &&
+  while (begin > 0 && (r.labels[begin - 1] == Label::Date || r.labels[begin - 1] == Label::Other) &&
          !endsAPart(r, entry, begin - 1))
     --begin;
   if (begin < 2 || begin + 1 == first || !endsAPart(r, entry, begin - 1)) return;
@@ -1025,12 +1024,9 @@ void titleThroughItsLastWord(quillreader::Reading& r, std::string_view entry) {
     while (end < n && r.tokens[end].begin == r.tokens[end - 1].end) ++end;
     // Its closing punctuation and quotes ("…2.3|.| ", "patients|,”| ") are no part of the word.
     while (end > k && !std::isalnum(static_cast<unsigned char>(tokenText(r, entry, end - 1)[0]))) --end;
-    if (end == k || std::any_of(r.labels.begin() + static_cast<long>(k), r.labels.begin() + static_cast<long>(end),
-                                [](Label l) { return l == Label::Title; }))
-      continue;
-    bool other = true;
-    for (size_t j = k; j < end; ++j) other = other && (r.labels[j] == Label::Other || r.labels[j] == Label::Volume);
-    if (other) std::fill(r.labels.begin() + static_cast<long>(k), r.labels.begin() + static_cast<long>(end), Label::Title);
+    const auto from = r.labels.begin() + static_cast<long>(k), to = r.labels.begin() + static_cast<long>(end);
+    if (end > k && std::all_of(from, to, [](Label l) { return l == Label::Other || l == Label::Volume; }))
+      std::fill(from, to, Label::Title);
   }
 }
 
@@ -1113,8 +1109,7 @@ void groupBeforeTheTitle(quillreader::Reading& r, std::string_view entry) {
   const size_t n = r.labels.size();
   if (std::any_of(r.labels.begin(), r.labels.end(), [](Label l) { return l == Label::Author || l == Label::Editor; }))
     return;
-  size_t first = 0;
-  while (first < n && r.labels[first] != Label::Title) ++first;
+  const size_t first = firstRun(r, Label::Title).first;
   size_t stop = first;
   while (stop < n && r.labels[stop] == Label::Title && !(tokenText(r, entry, stop) == "." && endsAPart(r, entry, stop)))
     ++stop;
@@ -1222,8 +1217,7 @@ void pageAfterTheVolume(quillreader::Reading& r, std::string_view entry) {
 void periodicalNotNames(quillreader::Reading& r, std::string_view entry) {
   const size_t n = r.labels.size();
   if (std::find(r.labels.begin(), r.labels.end(), Label::Container) != r.labels.end()) return;
-  size_t title = 0;
-  while (title < n && r.labels[title] != Label::Title) ++title;
+  const size_t title = firstRun(r, Label::Title).first;
   size_t begin = title;
   while (begin < n && r.labels[begin] != Label::Author && r.labels[begin] != Label::Editor) ++begin;
   if (begin == n) return;
@@ -1260,8 +1254,7 @@ void periodicalNotNames(quillreader::Reading& r, std::string_view entry) {
 // the names before "Ed." or "Eds." its editors.
 void bookBeforeItsEditors(quillreader::Reading& r, std::string_view entry) {
   const size_t n = r.labels.size();
-  size_t title = 0;
-  while (title < n && r.labels[title] != Label::Title) ++title;
+  const size_t title = firstRun(r, Label::Title).first;
   for (size_t k = title; k + 3 < n; ++k) {
     // ("in" after the title's punctuation, not a word of it: "An Opera in Three Acts; Adès, T., Ed.")
     const std::string_view before = k > 0 ? tokenText(r, entry, k - 1) : "";
@@ -1400,8 +1393,7 @@ void titleFillsItsQuotes(quillreader::Reading& r, std::string_view entry) {
   const auto text = [&](size_t k) { return tokenText(r, entry, k); };
   const auto opens = [](std::string_view t) { return t == "\xe2\x80\x9c" || t == "\""; };
   const auto closes = [](std::string_view t) { return t == "\xe2\x80\x9d" || t == "\""; };
-  size_t first = 0;
-  while (first < n && r.labels[first] != Label::Title) ++first;
+  const size_t first = firstRun(r, Label::Title).first;
   if (first == n) return;
   size_t open = first;
   while (open > 0 && !opens(text(open - 1)) && !closes(text(open - 1))) --open;

@@ -162,10 +162,10 @@ class QFA_API CallSite {
     store.writeBack();
     return result;
   }
-  DispId resolve(const Object& object, const MemberTable& table) const;
+  [[gnu::always_inline]] DispId resolve(const Object& object, uint64_t scope) const;
 
   std::string_view name_;
-  // (member table serial << 32) | member id, of the last class called.
+  // (id scope << 32) | member id, of the last scope called.
   mutable std::atomic<uint64_t> cache_{0};
 };
 

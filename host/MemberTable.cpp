@@ -10,19 +10,17 @@ namespace QuillFormatAPA {
 
 namespace {
 
-std::atomic<uint32_t> nextSerial{1};
-
 char lowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+constexpr size_t kMaxParams = MemberTable::kMaxParams;
 
 bool equalsNoCase(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) return false;
+  if (a == b) return true;  // names are mostly spelt as declared
   for (size_t i = 0; i < a.size(); ++i)
     if (lowerAscii(a[i]) != lowerAscii(b[i])) return false;
   return true;
 }
-
-// The most parameters a member of this library or its hosts declares, with room.
-constexpr size_t kMaxParams = 16;
 
 }  // namespace
 
@@ -41,34 +39,39 @@ void checkArity(std::string_view member, size_t declared, size_t expected) {
 }  // namespace detail
 
 MemberTable::MemberTable(std::string className, std::vector<MemberInfo> members)
-    : className_(std::move(className)), members_(std::move(members)), serial_(nextSerial++) {
-  for (size_t i = 0; i < members_.size(); ++i) {
-    MemberInfo& m = members_[i];
+    : className_(std::move(className)), members_(std::move(members)), serial_(newIdScope()) {
+  for (MemberInfo& m : members_) {
     m.simple = m.get && std::none_of(m.params.begin(), m.params.end(), [](const ParamInfo& p) { return p.paramArray; });
     m.arity = m.params.size();
-    if (members_[i].params.size() + 1 > kMaxParams)
-      throw std::logic_error("too many parameters: " + members_[i].name);
-    // A name declared twice in two cases is the first member's in both.
-    if (byName_.emplace(members_[i].name, static_cast<DispId>(i)).second)
-      byExactName_.emplace(members_[i].name, static_cast<DispId>(i));
+    if (m.params.size() + 1 > kMaxParams) throw std::logic_error("too many parameters: " + m.name);
   }
+  // Twice as many slots as members, a power of two; each slot's ids in dispatch order.
+  size_t slots = 2;
+  while (slots < 2 * members_.size()) slots *= 2;
+  std::vector<std::vector<DispId>> bySlot(slots);
+  for (size_t i = 0; i < members_.size(); ++i)
+    bySlot[slotOf(members_[i].name, slots - 1)].push_back(static_cast<DispId>(i));
+  slotStart_.reserve(slots + 1);
+  for (const std::vector<DispId>& ids : bySlot) {
+    slotStart_.push_back(static_cast<uint32_t>(slotIds_.size()));
+    slotIds_.insert(slotIds_.end(), ids.begin(), ids.end());
+  }
+  slotStart_.push_back(static_cast<uint32_t>(slotIds_.size()));
 }
 
-// FNV-1a over the lower-case bytes.
-size_t MemberTable::NoCaseHash::operator()(std::string_view name) const noexcept {
-  uint64_t h = 14695981039346656037ull;
-  for (char c : name) h = (h ^ static_cast<unsigned char>(lowerAscii(c))) * 1099511628211ull;
-  return static_cast<size_t>(h);
+size_t MemberTable::slotOf(std::string_view name, size_t mask) noexcept {
+  if (name.empty()) return 0;
+  const size_t n = name.size();
+  const auto at = [&](size_t i) { return static_cast<size_t>(static_cast<unsigned char>(lowerAscii(name[i]))); };
+  return (n * 0x9E3779B1u + at(0) * 0x85EBCA77u + at(n - 1) * 0xC2B2AE3Du + at(n / 2) * 0x27D4EB2Fu) >> 7 & mask;
 }
 
-bool MemberTable::NoCaseEqual::operator()(std::string_view a, std::string_view b) const noexcept {
-  return equalsNoCase(a, b);
-}
-
+// A name declared twice in two cases is the first member's in both.
 DispId MemberTable::idOfName(std::string_view name) const noexcept {
-  if (auto exact = byExactName_.find(name); exact != byExactName_.end()) return exact->second;
-  auto it = byName_.find(name);
-  return it == byName_.end() ? kUnknownDispId : it->second;
+  const size_t slot = slotOf(name, slotStart_.size() - 2);
+  for (uint32_t k = slotStart_[slot]; k < slotStart_[slot + 1]; ++k)
+    if (equalsNoCase(members_[static_cast<size_t>(slotIds_[k])].name, name)) return slotIds_[k];
+  return kUnknownDispId;
 }
 
 namespace {
@@ -164,25 +167,20 @@ Status MemberTable::invoke(Object& self, DispId id, CallKind kind, Args& args,
   if (id < 0 || static_cast<size_t>(id) >= members_.size())
     return AutomationError(kUnknownMember, className_);
   const MemberInfo& m = members_[static_cast<size_t>(id)];
-  const bool write = kind == CallKind::PropertyPut;
-  // The common call: every parameter given, in order. No binding needed
-  // beyond pointing at the arguments, unless one was passed as Missing.
-  if (!write && m.simple && args.named().empty() && args.positional().size() == m.arity) {
-    Variant* slots[kMaxParams];
-    bool complete = true;
-    for (size_t i = 0; i < m.arity; ++i) {
-      slots[i] = &args.positional()[i];
-      complete &= !slots[i]->isMissing();
-    }
-    if (complete) {
-      try {
-        m.get(self, slots, result);
-        return {};
-      } catch (...) {
-        return failure(m, std::current_exception());
-      }
+  if (Variant* slots[kMaxParams]; inPlace(m, kind, args, slots)) {
+    try {
+      m.get(self, slots, result);
+      return {};
+    } catch (...) {
+      return failure(m, std::current_exception());
     }
   }
+  return invokeBound(self, m, kind == CallKind::PropertyPut, args, result);
+}
+
+// Kept apart from invoke(), so that the common call does not pay for the binder's room.
+Status MemberTable::invokeBound(Object& self, const MemberInfo& m, bool write, Args& args,
+                                Variant& result) const noexcept {
   try {
     detail::Thunk fn = write ? m.put : m.get;
     if (!fn) fail(kWrongNumberOfArguments, "cannot be assigned");

@@ -102,35 +102,61 @@ class QFA_API MemberTable {
   const std::string& className() const noexcept { return className_; }
   std::span<const MemberInfo> members() const noexcept { return members_; }
   DispId idOfName(std::string_view name) const noexcept;
-  // Unique per table; lets a call site cache ids per class.
-  uint32_t serial() const noexcept { return serial_; }
+  // Unique per table (an id scope, see Object::idScope); lets a call site
+  // cache ids per class.
+  uint64_t serial() const noexcept { return serial_; }
 
   // Binds `args` to the member's parameters and runs it. Never throws.
   Status invoke(Object& self, DispId id, CallKind kind, Args& args, Variant& result) const noexcept;
+  // The same for a caller on the library's side: raises the member's error
+  // as AutomationError. The common call (every parameter given in order, none
+  // Missing) goes straight to the member.
+  [[gnu::always_inline]] void call(Object& self, DispId id, CallKind kind, Args& args, Variant& result) const {
+    Variant* slots[kMaxParams];
+    if (id >= 0 && static_cast<size_t>(id) < members_.size()) {
+      const MemberInfo& m = members_[static_cast<size_t>(id)];
+      if (inPlace(m, kind, args, slots)) {
+        try {
+          m.get(self, slots, result);
+        } catch (...) {
+          failure(m, std::current_exception()).throwIfFailed();
+        }
+        return;
+      }
+    }
+    invoke(self, id, kind, args, result).throwIfFailed();
+  }
+  // The most parameters a member declares, with room.
+  static constexpr size_t kMaxParams = 16;
 
  private:
+  // The common call, every parameter given in order and none Missing, needs
+  // no binding beyond pointing `slots` at the arguments: whether this is one.
+  static bool inPlace(const MemberInfo& m, CallKind kind, Args& args, Variant** slots) noexcept {
+    const std::span<Variant> given = args.positional();
+    if (kind == CallKind::PropertyPut || !m.simple || !args.named().empty() || given.size() != m.arity) return false;
+    bool complete = true;
+    for (size_t i = 0; i < m.arity; ++i) {
+      slots[i] = &given[i];
+      complete &= !given[i].isMissing();
+    }
+    return complete;
+  }
+  // A call whose arguments need binding to the member's parameters.
+  [[gnu::noinline]] Status invokeBound(Object& self, const MemberInfo& m, bool write, Args& args,
+                                       Variant& result) const noexcept;
   // The error a member's call raised, saying which member and argument.
   Status failure(const MemberInfo& m, std::exception_ptr error) const noexcept;
 
   std::string className_;
   std::vector<MemberInfo> members_;
-  // Names compared as the platform compares them, without regard to ASCII case.
-  struct NoCaseHash {
-    using is_transparent = void;
-    size_t operator()(std::string_view name) const noexcept;
-  };
-  struct NoCaseEqual {
-    using is_transparent = void;
-    bool operator()(std::string_view a, std::string_view b) const noexcept;
-  };
-  struct ExactHash {
-    using is_transparent = void;
-    size_t operator()(std::string_view name) const noexcept { return std::hash<std::string_view>{}(name); }
-  };
-  std::unordered_map<std::string, DispId, NoCaseHash, NoCaseEqual> byName_;
-  // The names as declared: callers mostly spell them so, and that lookup is quicker.
-  std::unordered_map<std::string, DispId, ExactHash, std::equal_to<>> byExactName_;
-  uint32_t serial_;
+  // Name lookup without regard to ASCII case: a name's length and three of
+  // its letters pick a slot, which lists the members so hashed in dispatch
+  // order; the first whose name matches is the member.
+  static size_t slotOf(std::string_view name, size_t mask) noexcept;
+  std::vector<uint32_t> slotStart_;  // per slot, where its ids begin in slotIds_ (one more at the end)
+  std::vector<DispId> slotIds_;
+  uint64_t serial_;
 };
 
 // ---- conversions between Variants and C++ parameter types ----------------
@@ -417,7 +443,7 @@ class ClassBuilder {
 template <class Derived>
 class Dispatchable : public Object {
  public:
-  const MemberTable* memberTable() const noexcept final { return &Derived::members(); }
+  Dispatchable() : Object(&Derived::members()) {}
   Status invoke(DispId id, CallKind kind, Args& args, Variant& result) noexcept final {
     return Derived::members().invoke(*this, id, kind, args, result);
   }

@@ -66,7 +66,12 @@ class QFA_API Object {
   // The class's member table when all objects of the class share one (ids
   // may then be cached per class, and a caller may invoke through the table
   // itself); null for objects whose members vary.
-  virtual const MemberTable* memberTable() const noexcept { return nullptr; }
+  const MemberTable* memberTable() const noexcept { return table_; }
+  // A number shared by the objects whose members have the same ids for good,
+  // none of them changing while any lives (objects with a member table share
+  // their table's); a caller may then cache an id per scope. 0: ids must be
+  // asked of the object each time.
+  virtual uint64_t idScope() const noexcept;
   // The id of a member, case-insensitively, or kUnknownDispId.
   virtual DispId idOfName(std::string_view name) const noexcept;
   // Invokes a member. Positional arguments come first to last; for a property
@@ -75,10 +80,18 @@ class QFA_API Object {
   // The class name a dump or a type library shows.
   virtual std::string_view typeName() const noexcept;
 
+ protected:
+  // For a class whose objects share a member table: set once, when made.
+  explicit Object(const MemberTable* table) noexcept : table_(table) {}
+
  private:
+  const MemberTable* table_ = nullptr;
   mutable std::atomic<int32_t> refs_{0};
 };
 
 using ObjectRef = Ref<Object>;
+
+// A new id scope, never handed out before (from 1 up).
+QFA_API uint64_t newIdScope() noexcept;
 
 }  // namespace QuillFormatAPA

@@ -60,6 +60,12 @@ class QFA_API Variant {
     v.u_.lent.size = text.size();
     return v;
   }
+  // A loan of the text `v` holds (see borrow()), or else a copy of `v`.
+  static Variant lend(const Variant& v) {
+    if (v.kind_ == Kind::String) return borrow(v.u_.s);
+    if (v.kind_ == Kind::Borrowed) return borrow(v.u_.lent.view());
+    return v;
+  }
   // Takes `v` as it is, a loan included: for the argument slots of one call,
   // which live no longer than the call and its loans.
   void assignWithin(Variant&& v) noexcept {

@@ -2,12 +2,14 @@
 // its body through guarded(): whatever goes wrong comes back as an error
 // number with its description kept per thread, never as an exception.
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <exception>
 #include <new>
 #include <span>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <unordered_map>
@@ -96,18 +98,27 @@ void assign(qfa_variant* v, Variant value) noexcept {
 }
 
 // Room for a call's values without asking the heap: most calls have a few.
+// Only the items asked for are made (value-initialised) and unmade.
 template <class T, size_t N>
 class SmallList {
  public:
   explicit SmallList(size_t size) : size_(size) {
     if (size > N) more_.resize(size);
+    else std::uninitialized_value_construct_n(fixed(), size);
   }
-  std::span<T> items() noexcept { return {size_ > N ? more_.data() : fixed_.data(), size_}; }
+  SmallList(const SmallList&) = delete;
+  SmallList& operator=(const SmallList&) = delete;
+  ~SmallList() {
+    if (size_ <= N) std::destroy_n(fixed(), size_);
+  }
+  std::span<T> items() noexcept { return {size_ > N ? more_.data() : fixed(), size_}; }
   T& operator[](size_t i) noexcept { return items()[i]; }
 
  private:
+  T* fixed() noexcept { return std::launder(reinterpret_cast<T*>(storage_)); }
+
   size_t size_;
-  std::array<T, N> fixed_{};
+  alignas(T) unsigned char storage_[N * sizeof(T)];
   std::vector<T> more_;
 };
 
@@ -119,12 +130,17 @@ class CallArguments {
   CallArguments(qfa_variant* const* args, size_t argc, const char* const* names, size_t namedCount)
       : positional_(checked(args, argc, names, namedCount)), named_(namedCount) {
     const size_t positional = argc - namedCount;
-    for (size_t i = 0; i < positional; ++i)
-      if (args[i]) positional_[i] = V(args[i]);
-      else positional_[i] = Variant::missing();
+    // The caller's texts are lent for the call, unless the callee could
+    // write one of them through a by-reference argument while reading the loan.
+    const bool lend = std::none_of(args, args + argc, [](const qfa_variant* v) { return v && V(v).isByRef(); });
+    const auto value = [&](const qfa_variant* v) {
+      return !v ? Variant::missing() : lend ? Variant::lend(V(v)) : V(v);
+    };
+    for (size_t i = 0; i < positional; ++i) positional_[i].assignWithin(value(args[i]));
     for (size_t k = 0; k < namedCount; ++k) {
       if (!names[k]) invalid("a named argument without a name");
-      named_[k] = NamedArg{names[k], args[positional + k] ? V(args[positional + k]) : Variant::missing()};
+      named_[k].name = names[k];
+      named_[k].value.assignWithin(value(args[positional + k]));
     }
   }
   Args args() { return Args(positional_.items(), named_.items()); }
@@ -146,14 +162,16 @@ class CallArguments {
 // Counted as the library's own: its code runs when the last reference goes.
 class HostObject final : public Object, private LibraryObject {
  public:
-  HostObject(const qfa_host_vtable& vtable, void* self) : vtable_(vtable), self_(self) {}
+  HostObject(const qfa_host_vtable& vtable, void* self) : vtable_(vtable), self_(self), idScope_(newIdScope()) {}
   ~HostObject() override {
     if (vtable_.release) vtable_.release(self_);
   }
 
   // A host object's ids stay the same for its life, so each name is asked
-  // once. Threads share the object: the cache is read and filled under a lock,
-  // the host's own callback is made outside it.
+  // once: a call site caches the ids of this object's scope, and a call by
+  // name finds them here. Threads share the object: the cache is read and
+  // filled under a lock, the host's own callback is made outside it.
+  uint64_t idScope() const noexcept override { return idScope_; }
   DispId idOfName(std::string_view name) const noexcept override {
     if (!vtable_.id_of_name) return kUnknownDispId;
     try {
@@ -175,19 +193,19 @@ class HostObject final : public Object, private LibraryObject {
   Status invoke(DispId id, CallKind kind, Args& args, Variant& result) noexcept override {
     try {
       SmallList<qfa_variant*, 16> values(args.count());
-      SmallList<std::string, 4> nameTexts(args.named().size());
-      SmallList<const char*, 4> names(args.named().size());
       size_t at = 0;
       for (Variant& v : args.positional()) values[at++] = C(&v);
-      for (size_t k = 0; k < args.named().size(); ++k) {
-        values[at++] = C(&args.named()[k].value);
-        nameTexts[k] = std::string(args.named()[k].name);
-        names[k] = nameTexts[k].c_str();
+      for (NamedArg& named : args.named()) values[at++] = C(&named.value);
+      // The names as C strings, when there are any.
+      std::vector<std::string> nameTexts;
+      std::vector<const char*> names;
+      if (!args.named().empty()) {
+        nameTexts.reserve(args.named().size());
+        for (const NamedArg& named : args.named()) names.push_back(nameTexts.emplace_back(named.name).c_str());
       }
       clearError();
       const int32_t number = vtable_.invoke(self_, id, static_cast<int32_t>(kind), values.items().data(),
-                                            values.items().size(), names.items().data(), names.items().size(),
-                                            C(&result));
+                                            values.items().size(), names.data(), names.size(), C(&result));
       if (number == 0) return {};
       std::string description = lastError.number == number && !lastError.description.empty()
                                     ? lastError.description
@@ -221,6 +239,7 @@ class HostObject final : public Object, private LibraryObject {
   };
   qfa_host_vtable vtable_;
   void* self_;
+  const uint64_t idScope_;
   mutable std::mutex mutex_;  // guards ids_
   mutable std::unordered_map<std::string, DispId, NameHash, std::equal_to<>> ids_;
   mutable std::once_flag typeNameAsked_;

@@ -127,7 +127,8 @@ QFA_C_API int32_t qfa_invoke(qfa_object* object, const char* member, int32_t kin
                              size_t argc, const char* const* names, size_t named_count, qfa_variant* result);
 
 /* A host object. The library calls `id_of_name` to resolve a member name
- * (case-insensitively; -1 for a member the object lacks) and `invoke` to call
+ * (case-insensitively; -1 for a member the object lacks; a member's id must
+ * stay the same for the object's life, as the library asks once) and `invoke` to call
  * it, with arguments laid out as for qfa_invoke. `invoke` returns 0 or an
  * error number (with qfa_set_error for its description); it must not unwind
  * into the library. `release` runs when the last reference goes; `type_name`

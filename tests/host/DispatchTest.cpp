@@ -146,6 +146,41 @@ TEST(DispatchTest, MemberIdsAreResolvedOncePerClass) {
   EXPECT_EQ(CountingSample::lookups, 1);
 }
 
+// Catches a name found in the wrong member, missed in another case, or found
+// where the class has no such member (the same length and letters in other
+// places, which may share a slot of the lookup).
+TEST(DispatchTest, NamesAreFoundInAnyCaseAndTheFirstDeclaredWins) {
+  ClassBuilder<Sample> builder("Wide");
+  const std::vector<std::string> names = {"Add", "add", "Item", "Items", "Exists", "Remove", "RemoveAll", "Count",
+                                          "Keys", "Values", "Title", "Tilte", "vbwProcIn", "vbwProcOut", "A", "Ab"};
+  for (const std::string& name : names) builder.method<&Sample::Given>(name, {optional("value")});
+  const MemberTable& table = builder.build();
+  struct Row {
+    const char* name;
+    DispId id;
+  };
+  for (const Row& row : std::vector<Row>{{"Add", 0},
+                                         {"ADD", 0},
+                                         {"add", 0},  // declared twice in two cases: the first
+                                         {"item", 2},
+                                         {"ITEMS", 3},
+                                         {"removeall", 6},
+                                         {"Tilte", 11},
+                                         {"TITLE", 10},
+                                         {"VBWPROCOUT", 13},
+                                         {"a", 14},
+                                         {"aB", 15},
+                                         {"Ad", kUnknownDispId},
+                                         {"Adds", kUnknownDispId},
+                                         {"Aed", kUnknownDispId},
+                                         {"Itme", kUnknownDispId},
+                                         {"vbwProcOn", kUnknownDispId},
+                                         {"", kUnknownDispId}}) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(table.idOfName(row.name), row.id);
+  }
+}
+
 TEST(DispatchTest, MemberTableDescribesTheClass) {
   const MemberTable& t = Sample::members();
   ASSERT_EQ(t.members().size(), 6u);

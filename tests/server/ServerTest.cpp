@@ -468,6 +468,52 @@ TEST_F(ServerTest, HostObjectsServeTheLibraryAndTheirErrorsReachTheErrorTail) {
   EXPECT_NE(errors.front().find("no room for this key"), std::string::npos) << errors.front();
 }
 
+// Host objects made from one vtable may number their members differently: a
+// member id learnt from one must never be used on another.
+TEST_F(ServerTest, EachHostObjectKeepsItsOwnMemberIds) {
+  Obj main2 = create("QuillFormatAPA.Main2");
+  HostObject one, other;
+  one.members = {"Exists", "Item", "Add"};
+  other.members = {"Add", "Exists", "Item"};
+  Obj oneObject = one.wrap(), otherObject = other.wrap();
+  Value first = Value::object(oneObject.o), second = Value::object(otherObject.o);
+  for (int round = 0; round < 2; ++round) {
+    Call(main2.o, "getMetaData", {first.v}).run();
+    Call(main2.o, "getMetaData", {second.v}).run();
+  }
+  EXPECT_EQ(one.values["MarginTop"], "72");
+  EXPECT_EQ(other.values["MarginTop"], "72");
+  EXPECT_EQ(one.values, other.values);
+  EXPECT_TRUE(reportedErrors().empty());
+}
+
+// A host object that writes its by-reference argument, then reads the other
+// one: an argument passed twice, by value and by reference, must still read
+// as it was passed.
+struct Overwriter {
+  static int32_t idOfName(void*, const char*) { return 0; }
+  static int32_t invoke(void*, int32_t, int32_t, qfa_variant* const* args, size_t argc, const char* const*, size_t,
+                        qfa_variant* result) {
+    if (argc != 2) return 450;
+    const std::string replacement(40, 'z');
+    qfa_variant_set_string(args[1], replacement.data(), replacement.size());
+    const char* text = nullptr;
+    size_t length = 0;
+    if (qfa_variant_get_string(args[0], &text, &length) != QFA_OK) return 13;
+    return qfa_variant_set_string(result, text, length);
+  }
+};
+
+TEST_F(ServerTest, AnArgumentPassedByValueKeepsItsTextWhileTheCalleeWritesItByReference) {
+  static const qfa_host_vtable vtable{Overwriter::idOfName, Overwriter::invoke, nullptr, nullptr};
+  Obj host(qfa_host_object_new(&vtable, nullptr));
+  const std::string original(40, 'a');
+  Value text(original.c_str());
+  Value ref = Value::refTo(text);
+  EXPECT_EQ(Call(host.o, "Rewrite", {text.v, ref.v}).run().text(), original);
+  EXPECT_EQ(text.text(), std::string(40, 'z'));
+}
+
 TEST_F(ServerTest, ExecuteRunsACommandOnTheCommandObjectWithTheArgument) {
   Obj main2 = create("QuillFormatAPA.Main2");
   HostObject builder;

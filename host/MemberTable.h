@@ -230,6 +230,26 @@ struct Arg<std::optional<T>> {
 template <class T>
 struct Arg<const std::optional<T>&> : Arg<std::optional<T>> {};
 
+// Text is lent, not copied, when the argument holds text; other values are
+// converted to text as for std::string.
+template <>
+struct Arg<std::string_view> {
+  static constexpr bool byRef = false;
+  struct Holder {
+    std::string converted;
+    std::string_view lent;
+    bool isLent = false;
+  };
+  static TypeDesc type() { return {VarType::String, false, false}; }
+  static Holder take(Variant& slot) {
+    const Variant& v = slot.deref();
+    if (v.isString()) return {{}, v.stringView(), true};
+    return {v.toString(), {}, false};
+  }
+  static std::string_view pass(const Holder& h) { return h.isLent ? h.lent : std::string_view(h.converted); }
+  static void giveBack(Variant&, Holder&) {}
+};
+
 // Variants and arrays are handed over in place, without a copy; through a
 // non-const reference the member writes straight into the caller's value.
 template <>

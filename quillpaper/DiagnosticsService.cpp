@@ -128,19 +128,19 @@ std::string DiagnosticsService::describe(const Variant& value) {
   }
 }
 
-void DiagnosticsService::vbwProcIn(const std::string& name, std::string& parameterText) {
+void DiagnosticsService::vbwProcIn(std::string_view name, std::string& parameterText) {
   ThreadRecord& t = thisThread();
   if (tracing_) {
     std::lock_guard lock(mutex_);
     if (trace_) trace_ << std::string(2 * t.stack.size(), ' ') << name << (parameterText.empty() ? "" : " ")
                        << parameterText << '\n';
   }
-  t.stack.push_back(name);
+  t.stack.push(name);
 }
 
 void DiagnosticsService::vbwProcOut() {
   ThreadRecord& t = thisThread();
-  if (!t.stack.empty()) t.stack.pop_back();
+  t.stack.pop();
 }
 
 std::string DiagnosticsService::vbwReportParameter(const std::string& name, const Variant& value) {
@@ -162,7 +162,8 @@ void DiagnosticsService::vbwBeforeDump(const std::string& project, const std::st
   t.pendingHeader = "Error " + std::to_string(number) + " (" + description + ") in " + project + "." + e.where +
                     ", line " + std::to_string(line) + (systemError ? ", system error " + std::to_string(systemError) : "") +
                     "\r\nCall stack:\r\n";
-  for (auto it = t.stack.rbegin(); it != t.stack.rend(); ++it) t.pendingHeader += "  " + *it + "\r\n";
+  const std::span<const std::string> names = t.stack.names();
+  for (auto it = names.rbegin(); it != names.rend(); ++it) t.pendingHeader += "  " + *it + "\r\n";
   std::lock_guard lock(mutex_);
   t.lastError = errors_.size();
   ++t.errors;

@@ -6,7 +6,9 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <span>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -61,7 +63,7 @@ class DiagnosticsService : public Dispatchable<DiagnosticsService> {
   // The default dump folder: $XDG_STATE_HOME/quillpaper (or ~/.local/state/quillpaper).
   static std::filesystem::path defaultDumpFolder();
 
-  void vbwProcIn(const std::string& name, std::string& parameterText);
+  void vbwProcIn(std::string_view name, std::string& parameterText);
   void vbwProcOut();
   std::string vbwReportParameter(const std::string& name, const Variant& value);
   void vbwBeforeDump(const std::string& project, const std::string& module, const std::string& procedure,
@@ -79,9 +81,30 @@ class DiagnosticsService : public Dispatchable<DiagnosticsService> {
   static std::string describe(const Variant& value);
 
  private:
+  // The procedures a thread is in, innermost last. A procedure left keeps
+  // its name's room for the next one entered: entering allocates nothing once
+  // the stack has been as deep before.
+  class CallStack {
+   public:
+    void push(std::string_view name) {
+      if (depth_ < names_.size()) names_[depth_].assign(name);
+      else names_.emplace_back(name);
+      ++depth_;
+    }
+    void pop() {
+      if (depth_) --depth_;
+    }
+    void clear() { depth_ = 0; }
+    size_t size() const { return depth_; }
+    std::span<const std::string> names() const { return {names_.data(), depth_}; }
+
+   private:
+    std::vector<std::string> names_;
+    size_t depth_ = 0;
+  };
   // What the service keeps for one thread of the library.
   struct ThreadRecord {
-    std::vector<std::string> stack;
+    CallStack stack;
     std::ofstream dump;
     std::string pendingHeader;
     int retries = 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cstring>
 
 #include "strings/ReferenceRules.h"
 #include "strings/StringUtility.h"
@@ -32,9 +33,22 @@ bool endsWithNoCase(std::string_view text, std::string_view suffix) {
 size_t rfindNoCase(std::string_view text, std::string_view part) {
   if (part.empty()) return text.size();
   if (part.size() > text.size()) return std::string_view::npos;
-  const char first = asciiLower(part[0]);
-  for (size_t at = text.size() - part.size() + 1; at-- > 0;)
-    if (asciiLower(text[at]) == first && startsWithNoCase(text.substr(at), part)) return at;
+  // The candidates are where the first character stands, in either case:
+  // found with the library's backward search, not a byte at a time.
+  const char lower = asciiLower(part[0]);
+  const char upper = lower >= 'a' && lower <= 'z' ? static_cast<char>(lower - 'a' + 'A') : lower;
+  const auto lastBefore = [&](char c, size_t end) -> size_t {
+    const void* at = ::memrchr(text.data(), c, end);
+    return at ? static_cast<size_t>(static_cast<const char*>(at) - text.data()) : std::string_view::npos;
+  };
+  for (size_t end = text.size() - part.size() + 1; end > 0;) {
+    const size_t a = lastBefore(lower, end);
+    const size_t b = upper == lower ? std::string_view::npos : lastBefore(upper, end);
+    const size_t at = a == std::string_view::npos ? b : b == std::string_view::npos ? a : std::max(a, b);
+    if (at == std::string_view::npos) return at;
+    if (startsWithNoCase(text.substr(at), part)) return at;
+    end = at;
+  }
   return std::string_view::npos;
 }
 

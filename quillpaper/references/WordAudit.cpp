@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <memory>
 #include <unordered_map>
 
 #include "strings/StringUtility.h"
@@ -187,7 +188,7 @@ bool closedBy(std::string_view text, std::string_view tail) {
   });
 }
 
-std::vector<std::string> wordsOf(std::string_view text) {
+std::vector<std::string> readWords(std::string_view text) {
   const std::vector<Token> tokens = tokenize(withoutDescriptionLabels(text));
   std::vector<std::string> words;
   words.reserve(tokens.size());
@@ -220,6 +221,28 @@ std::vector<std::string> wordsOf(std::string_view text) {
   return words;
 }
 
+// The words of a text, as the audit reads them. The audit and the check of
+// the words' order read the same entry and its APA form, so the last few
+// texts read on this thread are kept with their words.
+using Words = std::shared_ptr<const std::vector<std::string>>;
+Words wordsOf(std::string_view text) {
+  struct Kept {
+    std::string text;
+    Words words;
+  };
+  static constexpr size_t kKept = 4;
+  thread_local std::array<Kept, kKept> kept;
+  thread_local size_t next = 0;
+  for (const Kept& k : kept)
+    if (k.words && k.text == text) return k.words;
+  Kept& slot = kept[next];
+  next = (next + 1) % kKept;
+  slot.words.reset();
+  slot.text.assign(text);
+  slot.words = std::make_shared<const std::vector<std::string>>(readWords(text));
+  return slot.words;
+}
+
 using Counts = std::unordered_map<std::string, int>;
 
 // What `a` has more of than `b`, in the order of `order` (`a` and `b` sorted).
@@ -250,7 +273,7 @@ void forgive(std::vector<std::string>& changed, const std::vector<std::string>& 
   if (changed.empty() || allowed.empty()) return;
   Counts budget;
   for (const std::string& a : allowed)
-    for (std::string& w : wordsOf(a)) ++budget[std::move(w)];
+    for (std::string& w : readWords(a)) ++budget[std::move(w)];
   std::erase_if(changed, [&](const std::string& w) {
     const auto it = budget.find(w);
     if (it == budget.end() || it->second == 0) return false;
@@ -317,12 +340,13 @@ std::string ordinalOf(std::string_view w) {
   return std::string(w);
 }
 
-std::vector<std::string> comparableWords(std::string_view text) { return wordsOf(text); }
+std::vector<std::string> comparableWords(std::string_view text) { return readWords(text); }
 
 WordAudit auditWords(std::string_view typed, std::string_view written, const Rewrites& rewrites) {
   WordAudit audit;
-  const std::vector<std::string> before = wordsOf(typed);
-  const std::vector<std::string> after = wordsOf(written);
+  const Words typedWords = wordsOf(typed), writtenWords = wordsOf(written);
+  const std::vector<std::string>& before = *typedWords;
+  const std::vector<std::string>& after = *writtenWords;
   const std::vector<std::string> a = sorted(before);
   const std::vector<std::string> b = sorted(after);
   audit.lost = excess(a, b, before);
@@ -363,7 +387,9 @@ std::string withoutStops(const std::string& written) {
 }
 
 bool keepsWordOrder(std::string_view typed, std::string_view written, size_t slack) {
-  const std::vector<std::string> a = wordsOf(typed), b = wordsOf(written);
+  const Words typedWords = wordsOf(typed), writtenWords = wordsOf(written);
+  const std::vector<std::string>& a = *typedWords;
+  const std::vector<std::string>& b = *writtenWords;
   std::vector<std::string> initials(a.size()), letters(b.size());
   std::transform(a.begin(), a.end(), initials.begin(), typedInitials);
   std::transform(b.begin(), b.end(), letters.begin(), withoutStops);

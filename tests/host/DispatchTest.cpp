@@ -74,6 +74,29 @@ TEST(DispatchTest, BindsPositionalNamedAndDefaultArguments) {
   EXPECT_TRUE(given.call(s, Variant()).toBool());
 }
 
+// A text parameter taken as a view: lent when the argument is text, the
+// argument's text otherwise ("12", "True").
+class Viewer : public Dispatchable<Viewer> {
+ public:
+  static const MemberTable& members() {
+    static const MemberTable& table =
+        ClassBuilder<Viewer>("Viewer").method<&Viewer::Bracket>("Bracket", {"text"}).build();
+    return table;
+  }
+  std::string Bracket(std::string_view text) { return "[" + std::string(text) + "]"; }
+};
+
+TEST(DispatchTest, TextParametersTakenAsViewsConvertWhatIsNotText) {
+  ObjectRef v = make<Viewer>();
+  static const CallSite bracket("Bracket");
+  const std::string borrowed = "a text longer than any small-string buffer";
+  EXPECT_EQ(bracket.call(v, borrowed).toString(), "[" + borrowed + "]");
+  EXPECT_EQ(bracket.call(v, Variant(std::string("owned"))).toString(), "[owned]");
+  EXPECT_EQ(bracket.call(v, int32_t{12}).toString(), "[12]");
+  EXPECT_EQ(bracket.call(v, true).toString(), "[True]");
+  EXPECT_EQ(Viewer::members().members()[0].params[0].type.name(), "String");
+}
+
 // Catches by-reference arguments that do not come back, and by-value ones that do.
 TEST(DispatchTest, ByReferenceArgumentsComeBack) {
   ObjectRef s = make<Sample>();

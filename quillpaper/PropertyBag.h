@@ -17,6 +17,8 @@ using namespace QuillFormatAPA;
 // Empty. Names are case-insensitive.
 class PropertyBag : public Object {
  public:
+  // A property keeps its id for the bag's life: ids may be cached per bag.
+  uint64_t idScope() const noexcept override { return idScope_; }
   DispId idOfName(std::string_view name) const noexcept override;
   Status invoke(DispId id, CallKind kind, Args& args, Variant& result) noexcept override;
 
@@ -44,6 +46,7 @@ class PropertyBag : public Object {
  private:
   static std::string key(std::string_view name);
   mutable std::vector<std::string> names_;  // property ids, offset by the method count
+  const uint64_t idScope_ = newIdScope();
   std::map<std::string, Variant> values_;
 };
 

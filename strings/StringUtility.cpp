@@ -193,9 +193,21 @@ void StringUtility::trimLeading(std::string& text, std::string_view chars, bool 
 }
 
 void StringUtility::trimTrailing(std::string& text, std::string_view chars, bool alsoBlanks) const {
+  // From the end while the characters are ASCII (an ASCII byte is always a
+  // character of its own); from the start, as the text's characters are
+  // read, once one is not.
+  size_t end = text.size();
+  while (end > 0 && static_cast<unsigned char>(text[end - 1]) < 0x80) {
+    if (!trimmable(static_cast<unsigned char>(text[end - 1]), chars, alsoBlanks)) {
+      text.erase(end);
+      return;
+    }
+    --end;
+  }
   size_t keep = 0;  // the end of the last character that stays
-  for (size_t i = 0; i < text.size();)
-    if (!trimmable(utf8::next(text, i), chars, alsoBlanks)) keep = i;
+  const std::string_view head(text.data(), end);
+  for (size_t i = 0; i < head.size();)
+    if (!trimmable(utf8::next(head, i), chars, alsoBlanks)) keep = i;
   text.erase(keep);
 }
 

@@ -50,6 +50,12 @@ TEST(StringUtilityTest, ConsumingOperations) {
       {"removeBracketedMarker", "Title [Abstract]. Journal", "[Abstract", "Title. Journal", true},
       {"removeBracketedMarker", "[Abstract of x] Title", "[Abstract", "Title", true},
       {"trimTrailing", "End...", ".", "End", true},
+      // Characters beyond ASCII, trimmed or kept, and a broken one kept as it is.
+      {"trimTrailing", "Title\u201d.\u201d", "\u201d.", "Title", true},
+      {"trimTrailing", "Caf\u00e9..", ".", "Caf\u00e9", true},
+      {"trimTrailing", "Caf\u00e9\u2026", "\u2026", "Caf\u00e9", true},
+      {"trimTrailing", "Bad \xe2.", ".", "Bad \xe2", true},
+      {"trimTrailing", "...", ".", "", true},
       {"trimLeading", "..Start", ".", "Start", true},
   };
   for (const Row& r : rows) {

@@ -195,5 +195,23 @@ TEST(ReferencesTest, AMisspeltFieldIsAnUnknownMember) {
   }
 }
 
+// A property's id belongs to its bag: two bags that met their properties in
+// another order number them otherwise, and a call site used on both must
+// read each bag's own.
+TEST(ReferencesTest, PropertyIdsAreEachBagsOwn) {
+  Ref<FormatterSettings> first = make<FormatterSettings>(), second = make<FormatterSettings>();
+  first->setProperty("Beta", Variant(std::string("first beta")));
+  second->setProperty("Beta", Variant(std::string("second beta")));
+  // Names are numbered as they are first asked for.
+  for (const char* name : {"Alpha", "Beta"}) first->idOfName(name);
+  for (const char* name : {"Beta", "Alpha"}) second->idOfName(name);
+  ASSERT_NE(first->idOfName("Beta"), second->idOfName("Beta"));
+  static const CallSite beta("Beta");
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_EQ(beta.call(ObjectRef(first)).toString(), "first beta");
+    EXPECT_EQ(beta.call(ObjectRef(second)).toString(), "second beta");
+  }
+}
+
 }  // namespace
 }  // namespace quillpaper

@@ -297,6 +297,51 @@ void reportFields(FormattedReference& r, const LabelledEntry::Fields& f) {
 }
 
 // Whether the entry is one the personal-communication rule is for.
+// How long a list's numbering at the start of an entry is, blanks around it
+// included ("1. ", "(1) ", "[1] ", "12 " before "Family, I."), or 0.
+size_t numberingLength(std::string_view s) {
+  const auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r'; };
+  const auto digit = [](char c) { return c >= '0' && c <= '9'; };
+  size_t i = 0;
+  while (i < s.size() && blank(s[i])) ++i;
+  // Up to three digits, and where they end.
+  const auto digits = [&](size_t from) {
+    size_t j = from;
+    while (j < s.size() && digit(s[j])) ++j;
+    return j - from >= 1 && j - from <= 3 ? j : std::string_view::npos;
+  };
+  size_t end = std::string_view::npos;
+  if (i < s.size() && (s[i] == '[' || s[i] == '(')) {
+    const char close = s[i] == '[' ? ']' : ')';
+    const size_t j = digits(i + 1);
+    if (j != std::string_view::npos && j < s.size() && s[j] == close) end = j + 1;
+  } else if (const size_t j = digits(i); j != std::string_view::npos) {
+    if (j < s.size() && s[j] == '.') {
+      end = j + 1;
+    } else {
+      // "12 Family, I.": a name and its initial after the number.
+      size_t k = j;
+      while (k < s.size() && blank(s[k])) ++k;
+      const size_t word = k;
+      while (k < s.size() && !blank(s[k]) && s[k] != ',') ++k;
+      if (word > j && k > word && s.substr(k).starts_with(", ")) {
+        k += 2;
+        // One to three characters and a full stop: "I.", "St.".
+        for (size_t n = 1; n <= 3 && k + n < s.size(); ++n) {
+          if (blank(s[k + n - 1]) || s[k + n - 1] == ',') break;
+          if (s[k + n] == '.') {
+            end = j;
+            break;
+          }
+        }
+      }
+    }
+  }
+  if (end == std::string_view::npos || end >= s.size() || !blank(s[end])) return 0;
+  while (end < s.size() && blank(s[end])) ++end;
+  return end;
+}
+
 bool isPersonalCommunication(std::string_view entry) {
   const std::string lower = str().lower(entry);
   return str().contains(lower, "personal communication") || str().contains(lower, "e-mail") ||
@@ -331,13 +376,7 @@ FormattedReference ReferencePipeline::format(std::string_view entry, int line) {
   // A list's numbering ("1.", "(1)", "[1]", "1" before "Family, I.") is no
   // part of the work: neither reader reads it, and the entry kept as typed
   // keeps it.
-  static const std::regex kNumbering(
-      R"(^\s*(\[[0-9]{1,3}\]|\([0-9]{1,3}\)|[0-9]{1,3}\.|[0-9]{1,3}(?=\s+[^\s,]+, [^\s,]{1,3}\.))\s+)");
-  std::cmatch m;
-  const size_t numbering =
-      options_.steps == Steps::All && std::regex_search(entry.data(), entry.data() + entry.size(), m, kNumbering)
-          ? static_cast<size_t>(m.length(0))
-          : 0;
+  const size_t numbering = options_.steps == Steps::All ? numberingLength(entry) : 0;
   FormattedReference r = formatTheWork(entry.substr(numbering), line);
   r.input = std::string(entry);
   return r;

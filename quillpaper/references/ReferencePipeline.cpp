@@ -148,21 +148,57 @@ Items itemsOf(const ObjectRef& entry, int last, bool isFootnote) {
 
 constexpr int kElectronicSource = 4;
 
-// APA's date after the authors: "(2001).", "(2001, May 3).", "(1951–1963).",
-// "(1987–).", "(n.d.).", "(in press).", or with the comma people type for its
-// full stop ("(2001),"). A date inside a quotation is a quoted title's
-// ("“Contents of double issue 46–47 (2006).”").
+// Where APA's date after the authors stands: "(2001).", "(2001a, May 3).",
+// "(1951–1963),", "(1987–).", "(n.d.).", "(in press)."; npos when nowhere.
+size_t apaDateAt(std::string_view text) {
+  const auto digits4 = [&](size_t i) {
+    if (i + 4 > text.size()) return false;
+    for (size_t k = i; k < i + 4; ++k)
+      if (text[k] < '0' || text[k] > '9') return false;
+    return true;
+  };
+  // Where the closing parenthesis of a date starting after `(` at `open` is.
+  const auto dateEnd = [&](size_t open) -> size_t {
+    size_t i = open + 1;
+    const std::string_view rest = text.substr(i);
+    if (rest.starts_with("n.d.")) return i + 4;
+    if (rest.starts_with("in press")) return i + 8;
+    if (!digits4(i)) return std::string_view::npos;
+    i += 4;
+    if (i < text.size() && text[i] >= 'a' && text[i] <= 'z') ++i;
+    // A range: "1951–1963", "1987–".
+    const size_t dash = text.substr(i).starts_with("-") ? 1 : text.substr(i).starts_with("\xe2\x80\x93") ? 3 : 0;
+    if (dash) {
+      i += dash;
+      if (digits4(i)) i += 4;
+    }
+    if (text.substr(i).starts_with(", ")) {
+      // One to thirty characters up to the closing parenthesis.
+      const size_t close = text.find(')', i + 2);
+      if (close == std::string_view::npos || close == i + 2 || close - (i + 2) > 30) return std::string_view::npos;
+      return close;
+    }
+    return i;
+  };
+  for (size_t open = text.find('('); open != std::string_view::npos; open = text.find('(', open + 1)) {
+    const size_t close = dateEnd(open);
+    if (close != std::string_view::npos && close + 1 < text.size() && text[close] == ')' &&
+        (text[close + 1] == '.' || text[close + 1] == ','))
+      return open;
+  }
+  return std::string_view::npos;
+}
+
+// APA's date after the authors, or with the comma people type for its full
+// stop ("(2001),"), in the first two thirds of the entry. A date inside a
+// quotation is a quoted title's ("“Contents of double issue 46–47 (2006).”").
 bool looksApa(std::string_view entry) {
-  static const std::regex kDate(
-      R"(\((?:[0-9]{4}[a-z]?(?:(?:-|\xe2\x80\x93)(?:[0-9]{4})?)?(?:, [^)]{1,30})?|n\.d\.|in press)\)[.,])");
-  const std::string text(entry);
-  std::smatch m;
-  if (!std::regex_search(text, m, kDate)) return false;
-  const size_t at = static_cast<size_t>(m.position(0));
-  const std::string_view before = std::string_view(text).substr(0, at);
+  const size_t at = apaDateAt(entry);
+  if (at == std::string_view::npos) return false;
+  const std::string_view before = entry.substr(0, at);
   const bool quoted = str().occurrences(before, "\"") % 2 == 1 ||
                       str().occurrences(before, "\xe2\x80\x9c") > str().occurrences(before, "\xe2\x80\x9d");
-  return at < text.size() * 2 / 3 && !quoted;
+  return at < entry.size() * 2 / 3 && !quoted;
 }
 
 // A volume joined to its pages by a colon, as people and other styles

@@ -73,6 +73,17 @@ std::string lowerWord(std::string_view word) {
   return str().lower(word);
 }
 
+// The character at `i` (advancing `i`): an ASCII one at once, others as the
+// library reads UTF-8.
+char32_t nextChar(std::string_view text, size_t& i) {
+  const unsigned char c = static_cast<unsigned char>(text[i]);
+  if (c < 0x80) {
+    ++i;
+    return c;
+  }
+  return utf8::next(text, i);
+}
+
 struct Token {
   std::string word;
   bool period = false;  // a full stop follows it directly
@@ -110,7 +121,7 @@ std::vector<Token> tokenize(std::string_view text) {
       continue;
     }
     size_t j = i;
-    const char32_t c = utf8::next(text, j);
+    const char32_t c = nextChar(text, j);
     if (!isWordChar(c)) {
       i = j;
       continue;
@@ -118,7 +129,7 @@ std::vector<Token> tokenize(std::string_view text) {
     size_t end = j;
     while (end < text.size()) {
       size_t k = end;
-      if (!isWordChar(utf8::next(text, k))) break;
+      if (!isWordChar(nextChar(text, k))) break;
       end = k;
     }
     tokens.push_back({lowerWord(text.substr(i, end - i)), end < text.size() && text[end] == '.'});
@@ -129,11 +140,12 @@ std::vector<Token> tokenize(std::string_view text) {
 
 // Labels APA writes or drops as it sees fit: abbreviations closed by a full
 // stop, and words that are labels wherever they stand.
-bool isAbbreviatedLabel(const Token& t) {
+bool isAbbreviation(std::string_view w) {
   static constexpr std::array<std::string_view, 14> kAbbreviations = {
       "vol", "vols", "no", "nos", "pp", "p", "iss", "ed", "eds", "edn", "trans", "comp", "comps", "rev"};
-  return t.period && std::find(kAbbreviations.begin(), kAbbreviations.end(), t.word) != kAbbreviations.end();
+  return std::find(kAbbreviations.begin(), kAbbreviations.end(), w) != kAbbreviations.end();
 }
+bool isAbbreviatedLabel(const Token& t) { return t.period && isAbbreviation(t.word); }
 
 bool isLabelWord(std::string_view w) {
   return w == "edition" || w == "volume" || w == "retrieved" || w == "accessed" || w == "viewed" || w == "url";
@@ -245,15 +257,22 @@ Words wordsOf(std::string_view text) {
 
 using Counts = std::unordered_map<std::string, int>;
 
-// What `a` has more of than `b`, in the order of `order` (`a` and `b` sorted).
-std::vector<std::string> excess(const std::vector<std::string>& a, const std::vector<std::string>& b,
+// The words of a list, sorted, as views of it.
+std::vector<std::string_view> sorted(const std::vector<std::string>& words) {
+  std::vector<std::string_view> out(words.begin(), words.end());
+  std::sort(out.begin(), out.end());
+  return out;
+}
+
+// What `a` has more of than `b` (both sorted), in the order of `order`:
+// each word as many times as it is in excess.
+std::vector<std::string> excess(const std::vector<std::string_view>& a, const std::vector<std::string_view>& b,
                                 const std::vector<std::string>& order) {
-  std::vector<std::string> more;
+  std::vector<std::string_view> more;
   std::set_difference(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(more));
-  if (more.empty()) return more;
-  // In the order they stand in the text: each word as many times as it is in excess.
-  Counts left;
-  for (std::string& w : more) ++left[std::move(w)];
+  if (more.empty()) return {};
+  std::unordered_map<std::string_view, int> left;
+  for (std::string_view w : more) ++left[w];
   std::vector<std::string> out;
   for (const std::string& w : order) {
     const auto it = left.find(w);
@@ -262,11 +281,6 @@ std::vector<std::string> excess(const std::vector<std::string>& a, const std::ve
     --it->second;
   }
   return out;
-}
-
-std::vector<std::string> sorted(std::vector<std::string> words) {
-  std::sort(words.begin(), words.end());
-  return words;
 }
 
 void forgive(std::vector<std::string>& changed, const std::vector<std::string>& allowed) {
@@ -286,9 +300,12 @@ void forgive(std::vector<std::string>& changed, const std::vector<std::string>& 
 // an empty pair of brackets, a label that lost its full stop ("pp, 81").
 std::vector<std::string> brokenPunctuation(std::string_view text) {
   std::string t;
+  t.reserve(text.size());
   // An ellipsis is no doubled full stop.
   for (size_t i = 0; i < text.size(); ++i) {
-    if (text.substr(i).starts_with(". . .")) {
+    if (text[i] != '.') {
+      t += text[i];
+    } else if (text.substr(i).starts_with(". . .")) {
       t += "\u2026";
       i += 4;
     } else if (text.substr(i).starts_with("...")) {
@@ -319,9 +336,7 @@ std::vector<std::string> brokenPunctuation(std::string_view text) {
     if (at + 2 < t.size() && std::isdigit(static_cast<unsigned char>(t[at + 2]))) found.emplace_back("& before a number");
   const std::vector<Token> tokens = tokenize(t);
   for (const Token& token : tokens) {
-    Token closed = token;
-    closed.period = true;
-    if (!token.period && isAbbreviatedLabel(closed) && token.word.size() > 1 && token.word != "no" &&
+    if (!token.period && isAbbreviation(token.word) && token.word.size() > 1 && token.word != "no" &&
         token.word != "ed" && token.word != "rev")
       found.push_back(token.word + " without its full stop");
   }
@@ -347,8 +362,8 @@ WordAudit auditWords(std::string_view typed, std::string_view written, const Rew
   const Words typedWords = wordsOf(typed), writtenWords = wordsOf(written);
   const std::vector<std::string>& before = *typedWords;
   const std::vector<std::string>& after = *writtenWords;
-  const std::vector<std::string> a = sorted(before);
-  const std::vector<std::string> b = sorted(after);
+  const std::vector<std::string_view> a = sorted(before);
+  const std::vector<std::string_view> b = sorted(after);
   audit.lost = excess(a, b, before);
   audit.added = excess(b, a, after);
   forgive(audit.lost, rewrites.mayLose);
@@ -356,7 +371,10 @@ WordAudit auditWords(std::string_view typed, std::string_view written, const Rew
   // "In" before the editors of a book, and "n.d." for a work without a date.
   std::erase_if(audit.added, [](const std::string& w) { return w == "in"; });
   const std::vector<std::string> brokenAfter = brokenPunctuation(written);
-  if (!brokenAfter.empty()) audit.damaged = excess(sorted(brokenAfter), sorted(brokenPunctuation(typed)), brokenAfter);
+  if (!brokenAfter.empty()) {
+    const std::vector<std::string> brokenBefore = brokenPunctuation(typed);
+    audit.damaged = excess(sorted(brokenAfter), sorted(brokenBefore), brokenAfter);
+  }
   // A question or an exclamation stays one ("What are they?" is no "What are they.").
   for (std::string_view mark : {"?", "!"})
     if (str().occurrences(written, mark) < str().occurrences(typed, mark))

@@ -605,7 +605,7 @@ void parseAndRemoveWeb(std::string& str_, std::string& website, std::string& acc
                // "Retrieved October 12, 2008, from": the date goes to accessDate.
                proc.step([&] {
                  const std::string kept = lead;
-                 const size_t at = lead.rfind("Retrieved");
+                 const size_t at = str().lastIndexOf(lead, "Retrieved");
                  std::string rest = at == std::string::npos ? lead : lead.substr(at);
                  str().stripLeading(rest, "Retrieved");
                  str().stripTrailing(rest, "from");

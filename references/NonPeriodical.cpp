@@ -269,8 +269,8 @@ bool NonPeriodical::IsFootnoteEntry(const std::string& author, const std::string
                   return proc.step([&] {
                     std::string text = str().trimmed(entry);
                     str().stripTrailing(text, ".");
-                    size_t page = text.rfind(", p. ");
-                    if (page == std::string::npos) page = text.rfind(", pp. ");
+                    size_t page = str().lastIndexOf(text, ", p. ");
+                    if (page == std::string::npos) page = str().lastIndexOf(text, ", pp. ");
                     return page != std::string::npos && page > 0 && text[page - 1] == ')' &&
                            references::dateGroup(text) == std::string::npos;
                   });
@@ -284,7 +284,7 @@ std::string NonPeriodical::extractPageNumberFromFootnote(std::string& prevFootno
                     std::string text = str().trimmed(prevFootnoteStr);
                     str().stripTrailing(text, ".");
                     for (std::string_view label : {", pp. ", ", p. "}) {
-                      const size_t at = text.rfind(label);
+                      const size_t at = str().lastIndexOf(text, label);
                       if (at == std::string::npos) continue;
                       const std::string page = text.substr(at + label.size());
                       prevFootnoteStr = text.substr(0, at) + ".";
@@ -520,7 +520,7 @@ void NonPeriodical::parseAndRemoveWeb(std::string& str_, std::string& afterUrl) 
       // and of "Retrieved 2012, from http://…" (an access date of a year only).
       if (website.empty()) return;
       std::string lead = str().trimmed(str_);
-      const size_t at = lead.rfind("Retrieved ");
+      const size_t at = str().lastIndexOf(lead, "Retrieved ");
       if (at == std::string::npos) return;
       std::string statement = lead.substr(at + 10);
       if (str().endsWith(statement, "website:") && str().stripLeading(statement, "from ")) {
@@ -536,7 +536,7 @@ void NonPeriodical::parseAndRemoveWeb(std::string& str_, std::string& afterUrl) 
     if (website.empty()) {
       proc.step([&] {
         for (std::string_view scheme : {" https://", " http://", " www."}) {
-          const size_t at = str_.rfind(scheme);
+          const size_t at = str().lastIndexOf(str_, scheme);
           if (at == std::string::npos || str_.find(' ', at + 1) != std::string::npos) continue;
           website = str_.substr(at + 1);
           str_.erase(at);
@@ -572,7 +572,7 @@ void NonPeriodical::parseAndRemoveReprint(std::string& str_, bool isFootnote) {
       std::string text = str().trimmed(str_);
       str().stripTrailing(text, ".");
       for (std::string_view lead : {"(Original", "(Reprinted"}) {
-        const size_t at = text.rfind(lead);
+        const size_t at = str().lastIndexOf(text, lead);
         if (at == std::string::npos || !str().endsWith(text, ")")) continue;
         note = text.substr(at + 1, text.size() - at - 2);
         str_ = str().trimmed(text.substr(0, at));
@@ -580,7 +580,7 @@ void NonPeriodical::parseAndRemoveReprint(std::string& str_, bool isFootnote) {
       }
       // Unbracketed: "… Place: Publisher. Original work published 1900."
       for (std::string_view lead : {"Original ", "Reprinted from "}) {
-        const size_t at = text.rfind(std::string(". ") + std::string(lead));
+        const size_t at = str().lastIndexOf(text, std::string(". ") + std::string(lead));
         if (at == std::string::npos) continue;
         note = text.substr(at + 2);
         str_ = text.substr(0, at + 1);

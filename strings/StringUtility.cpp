@@ -1,5 +1,8 @@
 #include "StringUtility.h"
 
+#include <algorithm>
+#include <cstring>
+
 namespace QuillStrings {
 
 namespace utf8 {
@@ -129,6 +132,20 @@ bool StringUtility::endsWith(std::string_view text, std::string_view suffix) con
 
 bool StringUtility::contains(std::string_view text, std::string_view part) const noexcept {
   return text.find(part) != std::string_view::npos;
+}
+
+size_t StringUtility::lastIndexOf(std::string_view text, std::string_view part, size_t before) const noexcept {
+  if (part.size() > text.size()) return std::string_view::npos;
+  size_t end = std::min(before, text.size() - part.size()) + 1;  // candidates lie before `end`
+  if (part.empty()) return end - 1;
+  while (end > 0) {
+    const void* at = ::memrchr(text.data(), part[0], end);
+    if (!at) return std::string_view::npos;
+    const size_t i = static_cast<size_t>(static_cast<const char*>(at) - text.data());
+    if (std::memcmp(text.data() + i + 1, part.data() + 1, part.size() - 1) == 0) return i;
+    end = i;
+  }
+  return std::string_view::npos;
 }
 
 size_t StringUtility::occurrences(std::string_view text, std::string_view part) const noexcept {

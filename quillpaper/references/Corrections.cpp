@@ -46,7 +46,7 @@ void romanTrailingDetails(std::vector<TextRun>& runs) {
   for (size_t k = 0; k < runs.size(); ++k) {
     TextRun& run = runs[k];
     if (!run.italic || !str().endsWith(run.text, ")")) continue;
-    const size_t open = run.text.rfind(" (");
+    const size_t open = str().lastIndexOf(run.text, " (");
     if (open == std::string::npos) continue;
     const std::string inner = run.text.substr(open + 2, run.text.size() - open - 3);
     if (!isPublicationDetail(inner)) continue;
@@ -65,7 +65,7 @@ bool endsWithPublisher(std::string_view entry) {
   str().cutAtMarker(text, "Retrieved ", true);
   str().cutAtMarker(text, "doi:", true);
   str().trimTrailing(text, ". ", true);
-  const size_t stop = text.rfind(". ");
+  const size_t stop = str().lastIndexOf(text, ". ");
   if (stop == std::string::npos) return false;
   const std::string last = text.substr(stop + 2);
   const size_t colon = last.find(": ");
@@ -100,7 +100,7 @@ void fields(int type, ReferenceSource& source, FormatterSettings& settings) {
     // The periodical step stops at a name opening with a digit; what it left
     // reads "3D Printing and Additive Manufacturing, 2".
     const std::string volume = source.text("volume");
-    const size_t comma = volume.rfind(", ");
+    const size_t comma = str().lastIndexOf(volume, ", ");
     if (comma != std::string::npos && isDigit(volume[0])) {
       source.setProperty("Periodical", volume.substr(0, comma));
       source.setProperty("volume", volume.substr(comma + 2));

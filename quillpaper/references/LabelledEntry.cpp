@@ -61,7 +61,7 @@ std::string clean(std::string_view text) {
   // A quotation inside the span whose opening quote the reading left outside
   // it ("PostScript” Prints Anything") gets it back.
   const size_t closing = t.find("\xe2\x80\x9d");
-  if (closing != std::string::npos && t.rfind("\xe2\x80\x9c", closing) == std::string::npos) t.insert(0, "\xe2\x80\x9c");
+  if (closing != std::string::npos && str().lastIndexOf(t, "\xe2\x80\x9c", closing) == std::string::npos) t.insert(0, "\xe2\x80\x9c");
   return t;
 }
 
@@ -1585,7 +1585,7 @@ std::string_view placeAfterTheName(std::string_view publisher) {
     return {};
   std::string_view tail = publisher.substr(comma + 2);
   // An edition after the place ("Boston, MA, second edition") is BibTeX's.
-  if (const size_t last = tail.rfind(", "); last != std::string_view::npos && str().endsWith(tail, " edition"))
+  if (const size_t last = str().lastIndexOf(tail, ", "); last != std::string_view::npos && str().endsWith(tail, " edition"))
     tail = tail.substr(0, last);
   std::string place(tail);
   std::replace(place.begin(), place.end(), ',', ' ');

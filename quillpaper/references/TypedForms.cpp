@@ -142,13 +142,13 @@ std::string takeDatabaseStatement(std::string& text) {
   const std::string t = str().trimmed(text);
   size_t at = std::string::npos;
   for (std::string_view label : {"Retrieved from ", "Available from "}) {
-    const size_t found = t.rfind(label);
+    const size_t found = str().lastIndexOf(t, label);
     if (found != std::string::npos && (at == std::string::npos || found > at)) at = found;
   }
   // The 7th edition names the database without a label: "… ERIC database. (ED123456)".
   if (at == std::string::npos) {
-    const size_t database = t.rfind(" database. (");
-    const size_t sentence = database == std::string::npos ? std::string::npos : t.rfind(". ", database);
+    const size_t database = str().lastIndexOf(t, " database. (");
+    const size_t sentence = database == std::string::npos ? std::string::npos : str().lastIndexOf(t, ". ", database);
     if (sentence != std::string::npos && str().endsWith(str().textLessPhrase(t, ".", QuillStrings::PhrasePlace::Trailing), ")"))
       at = sentence + 2;
   }
@@ -173,9 +173,9 @@ constexpr std::array<std::string_view, 5> kDescriptions = {
 // "… [Web log post]. Career Blog. Retrieved from …": the site's name between
 // an electronic source's description and its address.
 std::string takeSiteName(std::string& text) {
-  const size_t retrieved = text.rfind(" Retrieved ");
+  const size_t retrieved = str().lastIndexOf(text, " Retrieved ");
   if (retrieved == std::string::npos) return {};
-  const size_t bracket = text.rfind("]. ", retrieved);
+  const size_t bracket = str().lastIndexOf(text, "]. ", retrieved);
   if (bracket == std::string::npos || retrieved < bracket + 3) return {};
   const size_t open = text.rfind('[', bracket);
   if (open == std::string::npos ||
@@ -247,10 +247,10 @@ void canonicalRetrieval(std::string& text, std::string& accessDate) {
     }
     // The site's name begins after the last full stop that ends a sentence,
     // not an initial's ("U.S. Department of Health website:").
-    size_t stop = lead.rfind(". ");
+    size_t stop = str().lastIndexOf(lead, ". ");
     while (stop != std::string::npos && stop >= 1 && std::isupper(static_cast<unsigned char>(lead[stop - 1])) &&
            (stop == 1 || !std::isalpha(static_cast<unsigned char>(lead[stop - 2]))))
-      stop = stop >= 2 ? lead.rfind(". ", stop - 2) : std::string::npos;
+      stop = stop >= 2 ? str().lastIndexOf(lead, ". ", stop - 2) : std::string::npos;
     if (stop != std::string::npos) {
       std::string site = lead.substr(stop + 2);
       for (std::string_view label : kAddressLabels)
@@ -415,20 +415,20 @@ void proceedingsAsBook(std::string& text) {
   for (std::string_view address : {" doi:", " Retrieved "})
     if (const size_t at = text.find(address, date); at != std::string::npos) end = std::min(end, at);
   const std::string body = text.substr(0, end);
-  const size_t publisherStop = body.rfind(". ");
+  const size_t publisherStop = str().lastIndexOf(body, ". ");
   if (publisherStop == std::string::npos || !str().contains(body.substr(publisherStop), ": ")) return;
-  const size_t statementStop = body.rfind(". ", publisherStop - 1);
+  const size_t statementStop = str().lastIndexOf(body, ". ", publisherStop - 1);
   const size_t dateEnd = body.find(')', date);
   if (statementStop == std::string::npos || statementStop <= dateEnd + 1) return;
   std::string statement = body.substr(statementStop + 2, publisherStop - statementStop - 2);
   if (!namesMeeting(statement) || str().contains(statement, "(")) return;
   std::string pages;
-  if (const size_t comma = statement.rfind(", "); comma != std::string::npos && isPageRange(statement.substr(comma + 2))) {
+  if (const size_t comma = str().lastIndexOf(statement, ", "); comma != std::string::npos && isPageRange(statement.substr(comma + 2))) {
     pages = statement.substr(comma + 2);
     statement.erase(comma);
   }
   // A volume before the pages makes the proceedings a periodical's.
-  if (const size_t comma = statement.rfind(", "); comma != std::string::npos) {
+  if (const size_t comma = str().lastIndexOf(statement, ", "); comma != std::string::npos) {
     const std::string last = statement.substr(comma + 2);
     if (!last.empty() && std::all_of(last.begin(), last.end(), [](char c) { return c >= '0' && c <= '9'; })) return;
   }

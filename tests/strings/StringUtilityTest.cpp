@@ -76,6 +76,18 @@ TEST(StringUtilityTest, ConsumingOperations) {
   }
 }
 
+// Catches a backward search that answers otherwise than std::string_view::rfind:
+// every part and every starting point over texts with repeats, overlaps, the
+// part at either end, and parts longer than the text.
+TEST(StringUtilityTest, LastIndexOfAnswersAsRfind) {
+  for (std::string_view text : {"", "a", "abab", "aaaa", "(Original work) (Original", "x. . y. . ", "caf\u00e9 caf\u00e9"})
+    for (std::string_view part : {"", "a", "ab", "ba", "aa", "aaaaa", "(Original", ". ", "\u00e9", "caf\u00e9 c"})
+      for (size_t before : {size_t{0}, size_t{1}, size_t{3}, size_t{7}, std::string_view::npos}) {
+        SCOPED_TRACE(std::string(text) + " | " + std::string(part) + " | " + std::to_string(before));
+        EXPECT_EQ(s.lastIndexOf(text, part, before), text.rfind(part, before));
+      }
+}
+
 // Catches a split that drops the empty second piece callers rely on, or splits too often.
 TEST(StringUtilityTest, SplitLimits) {
   using V = std::vector<std::string>;

@@ -20,10 +20,13 @@ DispId PropertyBag::idOfName(std::string_view name) const noexcept {
   }
   try {
     const std::string k = key(name);
+    // An object whose members are known answers a name it lacks as any object does.
+    if (const std::span<const std::string_view> known = knownNames(); !known.empty()) {
+      const auto it = std::lower_bound(known.begin(), known.end(), k);
+      return it != known.end() && *it == k ? base + static_cast<DispId>(it - known.begin()) : kUnknownDispId;
+    }
     auto it = std::find(names_.begin(), names_.end(), k);
     if (it != names_.end()) return base + static_cast<DispId>(it - names_.begin());
-    // A bag with a fixed set of members answers a name it lacks as any object does.
-    if (!knows(k)) return kUnknownDispId;
     names_.push_back(k);
     return base + static_cast<DispId>(names_.size() - 1);
   } catch (...) {
@@ -35,9 +38,12 @@ Status PropertyBag::invoke(DispId id, CallKind kind, Args& args, Variant& result
   const MemberTable* table = methods();
   const DispId base = table ? static_cast<DispId>(table->members().size()) : 0;
   if (table && id < base) return table->invoke(*this, id, kind, args, result);
-  if (id < base || static_cast<size_t>(id - base) >= names_.size()) return AutomationError(kUnknownMember);
+  const std::span<const std::string_view> known = knownNames();
+  const size_t count = known.empty() ? names_.size() : known.size();
+  if (id < base || static_cast<size_t>(id - base) >= count) return AutomationError(kUnknownMember);
   try {
-    std::string k = names_[static_cast<size_t>(id - base)];
+    std::string k(known.empty() ? std::string_view(names_[static_cast<size_t>(id - base)])
+                                : known[static_cast<size_t>(id - base)]);
     if (has(kind, CallKind::Method) && call(k, args, result)) return {};
     // An indexed property keeps each index apart: "disablekey(1)".
     std::span<Variant> positional = args.positional();
@@ -60,7 +66,6 @@ Status PropertyBag::invoke(DispId id, CallKind kind, Args& args, Variant& result
   }
 }
 
-bool PropertyBag::knows(const std::string&) const { return true; }
 bool PropertyBag::readComputed(const std::string&, Variant&) const { return false; }
 bool PropertyBag::call(const std::string&, Args&, Variant&) { return false; }
 bool PropertyBag::writeComputed(const std::string&, const Variant&) { return false; }

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <map>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/Args.h"
@@ -17,7 +19,8 @@ using namespace QuillFormatAPA;
 // Empty. Names are case-insensitive.
 class PropertyBag : public Object {
  public:
-  // A property keeps its id for the bag's life: ids may be cached per bag.
+  // A property keeps its id for the bag's life: ids may be cached per bag
+  // (per class, for a class whose names are known: see knownNames()).
   uint64_t idScope() const noexcept override { return idScope_; }
   DispId idOfName(std::string_view name) const noexcept override;
   Status invoke(DispId id, CallKind kind, Args& args, Variant& result) noexcept override;
@@ -29,10 +32,11 @@ class PropertyBag : public Object {
   const std::map<std::string, Variant>& properties() const { return values_; }
 
  protected:
-  // Whether the bag has a member of this name (lower case): every name, for a
-  // bag that takes whatever is written to it; a fixed set for an object whose
-  // members are known, so that a misspelt one is an unknown member (438).
-  virtual bool knows(const std::string& name) const;
+  // The names of an object whose members are known, lower case and sorted:
+  // a misspelt one is an unknown member (438), and a name's id is its place
+  // in the list, the same for every object of the class (whose idScope() may
+  // then be the class's). Empty for a bag that takes whatever is written to it.
+  virtual std::span<const std::string_view> knownNames() const { return {}; }
   // The members that do something; ids below the table's size go to them.
   virtual const MemberTable* methods() const noexcept { return nullptr; }
   // A read the subclass answers itself (a computed property); false to read the bag.

@@ -1,7 +1,7 @@
 #include "quillpaper/references/ReferenceSource.h"
 
+#include <algorithm>
 #include <cctype>
-#include <set>
 
 #include "quillpaper/references/ReferenceTests.h"
 #include "strings/ReferenceRules.h"
@@ -72,16 +72,25 @@ std::string ReferenceSource::retrievalStatement() const {
 
 // The fields of one reference the entry classes read and write, the ones the
 // host keeps besides (the editor tag of an author list), and the operations.
-bool ReferenceSource::knows(const std::string& name) const {
-  static const std::set<std::string, std::less<>> kMembers = {
-      "author", "title", "publishdate", "onlinepublishdate", "accessdate", "website", "notes", "page", "pagerange",
-      "isnewspaper", "periodical", "periodicaltype", "periodicalissuetype", "articletype", "refersto",
-      "referstotype", "volume", "number", "issue", "subwork", "subworktype", "publisher", "place", "editionbook",
-      "editorstr", "iseditor", "compileroreditor", "translator", "multipartwork", "ismultivol", "bookpagerange",
-      "publicationmediumdetails", "reprint", "reprintformatted", "pagecitation", "ispage", "isreferenceentry",
-      "medium", "esourcetype", "degree", "subworktranslator", "editortag", "defaultoutputtemplate", "authorstr",
-      "titlestr", "isyear", "parsecommon", "sitename"};
-  return kMembers.contains(name);
+std::span<const std::string_view> ReferenceSource::knownNames() const {
+  static const std::vector<std::string_view> kMembers = [] {
+    std::vector<std::string_view> names = {
+        "author", "title", "publishdate", "onlinepublishdate", "accessdate", "website", "notes", "page", "pagerange",
+        "isnewspaper", "periodical", "periodicaltype", "periodicalissuetype", "articletype", "refersto",
+        "referstotype", "volume", "number", "issue", "subwork", "subworktype", "publisher", "place", "editionbook",
+        "editorstr", "iseditor", "compileroreditor", "translator", "multipartwork", "ismultivol", "bookpagerange",
+        "publicationmediumdetails", "reprint", "reprintformatted", "pagecitation", "ispage", "isreferenceentry",
+        "medium", "esourcetype", "degree", "subworktranslator", "editortag", "defaultoutputtemplate", "authorstr",
+        "titlestr", "isyear", "parsecommon", "sitename"};
+    std::sort(names.begin(), names.end());
+    return names;
+  }();
+  return kMembers;
+}
+
+uint64_t ReferenceSource::idScope() const noexcept {
+  static const uint64_t scope = newIdScope();
+  return scope;
 }
 
 bool ReferenceSource::readComputed(const std::string& key, Variant& value) const {

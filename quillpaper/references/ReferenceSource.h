@@ -21,6 +21,8 @@ class ReferenceSource : public PropertyBag {
       : settings_(std::move(settings)), entry_(std::move(entry)) {}
   void useSettings(Ref<FormatterSettings> settings) { settings_ = std::move(settings); }
   std::string_view typeName() const noexcept override { return "Reference"; }
+  // Every data source numbers its fields alike (see knownNames()).
+  uint64_t idScope() const noexcept override;
 
   const std::vector<PersonName>& authors() const { return authors_.names; }
   const NameList& authorList() const { return authors_; }
@@ -40,7 +42,7 @@ class ReferenceSource : public PropertyBag {
   std::string retrievalStatement() const;
 
  protected:
-  bool knows(const std::string& name) const override;
+  std::span<const std::string_view> knownNames() const override;
   bool readComputed(const std::string& key, Variant& value) const override;
   bool writeComputed(const std::string& key, const Variant& value) override;
   bool call(const std::string& name, Args& args, Variant& result) override;

@@ -34,10 +34,12 @@ class ZipWriter {
     Entry e{name, 0, 0, 0, offset()};
     header(0x04034b50, e, false);  // its checksum and sizes are filled in once known
     // One compressor for the archive, reset for each entry: setting one up
-    // clears a quarter megabyte.
+    // clears a quarter megabyte. The fastest level: a document's XML shrinks
+    // almost as much (a skeleton paper 9.4 KB against 8.7 KB) in a fraction
+    // of the time.
     if (!z_) {
       z_.reset(new z_stream{});
-      if (deflateInit2(z_.get(), 6, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY) != Z_OK) {
+      if (deflateInit2(z_.get(), 1, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY) != Z_OK) {
         delete z_.release();  // never set up: nothing to end
         throw std::runtime_error("cannot compress " + name);
       }

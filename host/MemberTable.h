@@ -209,7 +209,12 @@ struct Arg {
   static P pass(Holder& h) { return static_cast<P>(h); }
   static void giveBack(Variant& slot, Holder& h) {
     if constexpr (byRef) {
-      if (slot.isByRef()) slot.deref() = Variant(std::move(h));
+      if (!slot.isByRef()) return;
+      Variant& target = slot.deref();
+      // Text the member left as it was stays as the caller passed it (a loan stays a loan).
+      if constexpr (std::is_same_v<B, std::string>)
+        if (target.isString() && target.stringView() == h) return;
+      target = Variant(std::move(h));
     }
   }
 };

@@ -1,5 +1,6 @@
 #include "references/ReferenceEntry.h"
 
+#include <array>
 #include <vector>
 
 #include "formatter/FormatterImplementation.h"
@@ -8,10 +9,17 @@
 namespace QuillFormatAPA::references {
 
 std::vector<size_t> sentenceStarts(std::string_view text) {
+  // The characters that open or close a bracket or end a sentence; the rest pass at once.
+  static constexpr auto kMarks = [] {
+    std::array<bool, 256> marks{};
+    for (unsigned char c : std::string_view("()[].?!")) marks[c] = true;
+    return marks;
+  }();
   std::vector<size_t> starts;
   int depth = 0;
   for (size_t i = 0; i < text.size(); ++i) {
     const char c = text[i];
+    if (!kMarks[static_cast<unsigned char>(c)]) continue;
     if (c == '(' || c == '[') ++depth;
     if ((c == ')' || c == ']') && depth > 0) --depth;
     if (depth > 0 || (c != '.' && c != '?' && c != '!')) continue;

@@ -1,5 +1,6 @@
 #include "quillpaper/references/ReferenceInput.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -79,34 +80,37 @@ bool ReferenceReader::fill() {
   return !buffer_.empty();
 }
 
-bool ReferenceReader::get(char& c) {
-  if (at_ >= buffer_.size() && !fill()) return false;
-  c = buffer_[at_++];
-  return true;
-}
-
 // Reads up to the line's end or kLongestEntry bytes; `ended` tells which.
 // False when the input had nothing more.
 bool ReferenceReader::readLine(std::string& text, bool& ended) {
   ended = false;
-  char c;
   bool any = false;
   while (text.size() < kLongestEntry) {
-    if (!get(c)) {
+    if (at_ >= buffer_.size() && !fill()) {
       ended = true;
       return any;
     }
+    // The LF of a CRLF that ended the line before.
     if (pendingCr_) {
       pendingCr_ = false;
-      if (c == '\n') continue;
+      if (buffer_[at_] == '\n') {
+        ++at_;
+        continue;
+      }
     }
-    any = true;
-    if (c == '\n' || c == '\r') {
-      pendingCr_ = c == '\r';
+    // What is left of the line in the buffer, taken at once.
+    const size_t stop = std::min(buffer_.size(), at_ + (kLongestEntry - text.size()));
+    size_t end = at_;
+    while (end < stop && buffer_[end] != '\n' && buffer_[end] != '\r') ++end;
+    any = any || end > at_;
+    text.append(buffer_, at_, end - at_);
+    at_ = end;
+    if (end < stop) {
+      pendingCr_ = buffer_[end] == '\r';
+      ++at_;
       ended = true;
       return true;
     }
-    text += c;
   }
   return true;
 }

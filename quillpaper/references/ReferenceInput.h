@@ -36,8 +36,7 @@ class ReferenceReader {
 
  private:
   enum class Encoding { Utf8, Utf16LE, Utf16BE };
-  // The next character of the input as UTF-8, or false at its end.
-  bool get(char& c);
+  // More of the input, decoded as UTF-8, into the buffer; false at its end.
   bool fill();
   bool readLine(std::string& text, bool& ended);
 

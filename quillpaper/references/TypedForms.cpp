@@ -298,7 +298,9 @@ void doiForms(std::string& text) {
   size_t i = 0;
   while (i < text.size()) {
     bool replaced = false;
-    if (i == 0 || text[i - 1] == ' ' || text[i - 1] == '.') {
+    // Every form begins "h" or "d".
+    const char first = asciiLower(text[i]);
+    if ((first == 'h' || first == 'd') && (i == 0 || text[i - 1] == ' ' || text[i - 1] == '.')) {
       for (std::string_view form : kForms) {
         if (startsWithNoCase(std::string_view(text).substr(i), form) &&
             std::string_view(text).substr(i + form.size()).starts_with("10.")) {

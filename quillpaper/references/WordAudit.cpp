@@ -17,7 +17,7 @@ const QuillStrings::StringUtility& str() { return QuillStrings::strings(); }
 
 // Punctuation and symbols beyond ASCII end a word as a comma does: quotation
 // marks, dashes, the ellipsis, guillemets, arrows, CJK punctuation.
-bool isWordChar(char32_t c) {
+inline bool isWordChar(char32_t c) {
   if (c < 0x80) return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
   if (c & utf8::kRawByte) return true;
   if (c >= 0xA0 && c <= 0xBF) return false;
@@ -128,8 +128,14 @@ std::vector<Token> tokenize(std::string_view text) {
     }
     size_t end = j;
     while (end < text.size()) {
+      const unsigned char d = static_cast<unsigned char>(text[end]);
+      if (d < 0x80) {
+        if (!isWordChar(d)) break;
+        ++end;
+        continue;
+      }
       size_t k = end;
-      if (!isWordChar(nextChar(text, k))) break;
+      if (!isWordChar(utf8::next(text, k))) break;
       end = k;
     }
     tokens.push_back({lowerWord(text.substr(i, end - i)), end < text.size() && text[end] == '.'});
@@ -411,25 +417,29 @@ bool keepsWordOrder(std::string_view typed, std::string_view written, size_t sla
   std::vector<std::string> initials(a.size()), letters(b.size());
   std::transform(a.begin(), a.end(), initials.begin(), typedInitials);
   std::transform(b.begin(), b.end(), letters.begin(), withoutStops);
-  const auto same = [&](size_t i, size_t j) {
-    return a[i] == b[j] || (a[i].size() > letters[j].size() && !letters[j].empty() && letters[j] == initials[i]);
+  // Most words differ in their first letter: that is looked at before the rest.
+  const auto equal = [](const std::string& x, const std::string& y) {
+    return x.size() == y.size() && (x.empty() || x[0] == y[0]) && x == y;
   };
-  // The longest common subsequence of the two word sequences.
+  const auto same = [&](size_t i, size_t j) {
+    return equal(a[i], b[j]) ||
+           (a[i].size() > letters[j].size() && !letters[j].empty() && equal(letters[j], initials[i]));
+  };
+  // The longest common subsequence of the two word sequences. Words the
+  // written form leaves out are the audit's to judge (the 7th edition leaves
+  // out a publisher's place); here only the order of those it keeps counts.
   std::vector<size_t> row(b.size() + 1, 0), next(b.size() + 1, 0);
+  size_t kept = 0;
   for (size_t i = 0; i < a.size(); ++i) {
-    for (size_t j = 0; j < b.size(); ++j) next[j + 1] = same(i, j) ? row[j] + 1 : std::max(row[j + 1], next[j]);
+    bool isKept = false;
+    for (size_t j = 0; j < b.size(); ++j) {
+      const bool match = same(i, j);
+      isKept = isKept || match;
+      next[j + 1] = match ? row[j] + 1 : std::max(row[j + 1], next[j]);
+    }
+    kept += isKept;
     std::swap(row, next);
   }
-  // Words the written form leaves out are the audit's to judge (the 7th
-  // edition leaves out a publisher's place); here only the order of those it
-  // keeps counts.
-  size_t kept = 0;
-  for (size_t i = 0; i < a.size(); ++i)
-    for (size_t j = 0; j < b.size(); ++j)
-      if (same(i, j)) {
-        ++kept;
-        break;
-      }
   return row[b.size()] + slack >= kept;
 }
 

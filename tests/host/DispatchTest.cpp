@@ -173,11 +173,14 @@ TEST(DispatchTest, MemberIdsAreResolvedOncePerClass) {
 // where the class has no such member (the same length and letters in other
 // places, which may share a slot of the lookup).
 TEST(DispatchTest, NamesAreFoundInAnyCaseAndTheFirstDeclaredWins) {
-  ClassBuilder<Sample> builder("Wide");
-  const std::vector<std::string> names = {"Add", "add", "Item", "Items", "Exists", "Remove", "RemoveAll", "Count",
-                                          "Keys", "Values", "Title", "Tilte", "vbwProcIn", "vbwProcOut", "A", "Ab"};
-  for (const std::string& name : names) builder.method<&Sample::Given>(name, {optional("value")});
-  const MemberTable& table = builder.build();
+  // A table lives as long as the process, as a class's does.
+  static const MemberTable& table = []() -> const MemberTable& {
+    ClassBuilder<Sample> builder("Wide");
+    for (const char* name : {"Add", "add", "Item", "Items", "Exists", "Remove", "RemoveAll", "Count", "Keys", "Values",
+                             "Title", "Tilte", "vbwProcIn", "vbwProcOut", "A", "Ab"})
+      builder.method<&Sample::Given>(name, {optional("value")});
+    return builder.build();
+  }();
   struct Row {
     const char* name;
     DispId id;

@@ -81,18 +81,24 @@ std::string settingsFilePath() {
 
 bool readTraceSwitch() { return settingIsOn() || commandLineAsksForTrace(); }
 
+namespace {
+// Kept apart, so that the common case (the service already known) is a test and a return.
+[[gnu::noinline]] const ObjectRef& lookUpErrorParams(ThreadState& s, uint64_t now) {
+  ObjectRef bridge = RunningObjects::lookup(kBridgeClass);
+  if (!bridge) throw AutomationError(kCannotCreateObject, std::string(kBridgeClass) + " is not running");
+  s.mErrorParams = host::BridgeRef(bridge).ErrorParams();
+  s.lookedUpAt = now;
+  return s.mErrorParams;
+}
+}  // namespace
+
 // The service is looked up again when the host has registered another bridge
 // (or taken its own back) since: each thread reports to the bridge running now.
 const ObjectRef& errorParams(ThreadState& s) {
   const uint64_t now = RunningObjects::generation();
-  if (!s.mErrorParams || s.lookedUpAt != now) {
-    ObjectRef bridge = RunningObjects::lookup(kBridgeClass);
-    if (!bridge)
-      throw AutomationError(kCannotCreateObject, std::string(kBridgeClass) + " is not running");
-    s.mErrorParams = host::BridgeRef(bridge).ErrorParams();
-    s.lookedUpAt = now;
-  }
-  return s.mErrorParams;
+  if (s.mErrorParams && s.lookedUpAt == now) [[likely]]
+    return s.mErrorParams;
+  return lookUpErrorParams(s, now);
 }
 
 void procIn(ThreadState& state, std::string_view qualifiedName, std::string& parameterText) {

@@ -63,7 +63,7 @@ size_t MemberTable::slotOf(std::string_view name, size_t mask) noexcept {
   if (name.empty()) return 0;
   const size_t n = name.size();
   const auto at = [&](size_t i) { return static_cast<size_t>(static_cast<unsigned char>(lowerAscii(name[i]))); };
-  return (n * 0x9E3779B1u + at(0) * 0x85EBCA77u + at(n - 1) * 0xC2B2AE3Du + at(n / 2) * 0x27D4EB2Fu) >> 7 & mask;
+  return ((n * 0x9E3779B1u + at(0) * 0x85EBCA77u + at(n - 1) * 0xC2B2AE3Du + at(n / 2) * 0x27D4EB2Fu) >> 7) & mask;
 }
 
 // A name declared twice in two cases is the first member's in both.

@@ -11,7 +11,6 @@
 #include <tuple>
 #include <type_traits>
 #include <functional>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 

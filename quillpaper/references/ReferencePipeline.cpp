@@ -332,7 +332,6 @@ void reportFields(FormattedReference& r, const LabelledEntry::Fields& f) {
   r.editors = f.editors;
 }
 
-// Whether the entry is one the personal-communication rule is for.
 // How long a list's numbering at the start of an entry is, blanks around it
 // included ("1. ", "(1) ", "[1] ", "12 " before "Family, I."), or 0.
 size_t numberingLength(std::string_view s) {
@@ -378,6 +377,7 @@ size_t numberingLength(std::string_view s) {
   return end;
 }
 
+// Whether the entry is one the personal-communication rule is for.
 bool isPersonalCommunication(std::string_view entry) {
   const std::string lower = str().lower(entry);
   return str().contains(lower, "personal communication") || str().contains(lower, "e-mail") ||
